@@ -1,0 +1,12 @@
+// src/session.cpp - a session and the registration of the form's behaviour.
+#include "session.h"
+
+#include "form/form_behaviour.h"
+
+namespace invsetup {
+
+Session::Session(Dialogue& dialogue_port) : dialogue(dialogue_port), working_directory(std::filesystem::current_path()) {
+    register_form_behaviour(*this);
+}
+
+}  // namespace invsetup

@@ -1,0 +1,50 @@
+// src/support/lines.h - reading lines from any line end, writing lines with CR LF.
+#pragma once
+#include <cstdio>
+#include <filesystem>
+#include <istream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace invsetup {
+
+/// Reads the next line: CR, LF and CR LF all end a line; tabs become blanks; other bytes outside 32
+/// to 126 are dropped; a line stops at 10240 characters. Returns false at the end of the input with
+/// nothing read.
+bool read_clean_line(std::istream& in, std::string& line);
+/// The line reader of the mesh and model files; the same rules as read_clean_line.
+bool read_raw_line(std::istream& in, std::string& line);
+/// Repeats read_raw_line until the trimmed line is not empty or the input ends.
+bool read_nonblank_line(std::istream& in, std::string& line);
+/// The plain reader: the next line without its end (CR LF or LF), bytes as they are.
+bool read_line(std::istream& in, std::string& line);
+
+/// Writes the lines, each followed by CR LF, replacing the file. Throws std::runtime_error naming
+/// the file when it can't be created or written.
+void write_text_lines(const std::filesystem::path& path, const std::vector<std::string>& lines);
+
+/// A text file written line by line with CR LF, buffered; close() reports a write fault by
+/// throwing std::runtime_error naming the file. The destructor closes without throwing.
+class LineWriter {
+public:
+    explicit LineWriter(const std::filesystem::path& path);
+    ~LineWriter();
+    LineWriter(const LineWriter&) = delete;
+    LineWriter& operator=(const LineWriter&) = delete;
+
+    void write_line(std::string_view line);
+    /// Appends text to the line being built; end_line() closes it with CR LF.
+    void write(std::string_view text);
+    void end_line();
+    void close();
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    void flush_buffer();
+    std::filesystem::path path_;
+    std::FILE* file_ = nullptr;
+    std::string buffer_;
+};
+
+}  // namespace invsetup
