@@ -17,14 +17,17 @@ std::string file_extension(std::string_view path);
 /// The directory part, without the closing separator; "" for a bare name.
 std::string directory_of(std::string_view path);
 bool directory_exists(const std::string& path);
-/// Makes a directory with its parents; "\" and "/" both separate. Throws on failure.
+/// Makes a directory with its parents; "\" and "/" both separate. Throws std::runtime_error
+/// naming the path on failure.
 void make_directory_path(const std::string& path);
 /// A path from `from_directory` to `to_path` with "..\" steps and back-slashes; `to_path` as it
-/// stands when the first three characters differ (any case).
+/// stands when the first three characters differ (any case). Parts compare in any case; "/" counts
+/// as "\", so "C:\run\" to "C:\run\mesh\a.msh" is "mesh\a.msh", and to "C:\data\x.obs" "..\data\x.obs".
 std::string relative_path(std::string_view from_directory, std::string_view to_path);
 /// A path in the form the generated files use: "/" turned to "\".
 std::string windows_path(std::string_view path);
-/// A file system path from a text that may use "\" or "/" separators.
+/// A file system path from a text that may use "\" or "/" separators ("..\mesh\a.msh" works on
+/// POSIX too, where every "\" becomes "/").
 std::filesystem::path native_path(std::string_view path);
 
 /// What locate_file remembers between calls (one per session).
@@ -35,8 +38,12 @@ struct FileSearchMemory {
     std::string replacing_directory;
 };
 
-/// Finds a file that moved. Returns 0 with `file_name` rewritten to the found path, or a negative
-/// status when the person gave up ("Cancel reading rest of specification file?" answered Yes).
+/// Finds a file that moved: by its name in the working directory, in `directory` (also with the
+/// original's last folders), in the directories remembered from earlier searches, and at last by
+/// asking the person ("Could not find <title or name> please specify its location" and a file
+/// chooser). Returns 0 with `file_name` rewritten to the found path; after a cancelled chooser, a
+/// negative status when "Cancel reading rest of specification file?" is answered Yes, and 1 (not
+/// found, `file_name` unchanged, the caller goes on) when it is answered No.
 int locate_file(Dialogue& dialogue, FileSearchMemory& memory, const std::string& working_directory,
                 const std::string& title, std::string& file_name, const std::string& directory);
 
