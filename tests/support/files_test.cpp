@@ -1,0 +1,118 @@
+// tests/support/files_test.cpp - path texts, directories and finding files that moved.
+#include "support/files.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "support/dialogue.h"
+#include "test_support.h"
+
+using namespace invsetup;
+using invsetup::testing::TempDir;
+using invsetup::testing::write_file_bytes;
+
+TEST(PathTexts, EitherSeparatorCuts) {
+    EXPECT_EQ(file_name_only("C:\\runs\\a/mesh.msh"), "mesh.msh");
+    EXPECT_EQ(file_name_only("mesh.msh"), "mesh.msh");
+    EXPECT_EQ(file_extension("C:\\v1.2\\model"), "");
+    EXPECT_EQ(file_extension("/data/obs.grav.dat"), "dat");
+    EXPECT_EQ(directory_of("C:\\runs\\a/mesh.msh"), "C:\\runs\\a");
+    EXPECT_EQ(directory_of("mesh.msh"), "");
+    EXPECT_EQ(windows_path("run/tile_1/mesh.msh"), "run\\tile_1\\mesh.msh");
+}
+
+TEST(RelativePath, StepsOutWithDotDotAndBackSlashes) {
+    EXPECT_EQ(relative_path("C:\\runs\\job1", "C:\\runs\\job1\\tiles\\t1.msh"), "tiles\\t1.msh");
+    EXPECT_EQ(relative_path("C:\\runs\\job1\\", "C:\\runs\\mesh\\big.msh"), "..\\mesh\\big.msh");
+    EXPECT_EQ(relative_path("C:\\runs\\job1\\tile_1_1", "c:\\RUNS\\model.den"), "..\\..\\model.den");
+    EXPECT_EQ(relative_path("/home/geo/run", "/home/geo/data/mag.obs"), "..\\data\\mag.obs");
+}
+
+TEST(RelativePath, DifferentStartKeepsTheTarget) {
+    EXPECT_EQ(relative_path("C:\\runs", "D:\\data\\mag.obs"), "D:\\data\\mag.obs");
+    EXPECT_EQ(relative_path("C:\\runs", "mag.obs"), "mag.obs");
+}
+
+TEST(Directories, MakeWithParentsFromEitherSeparator) {
+    TempDir dir;
+    const std::string deep = dir.path().string() + "\\run 1/tiles\\t_1_1";
+    EXPECT_FALSE(directory_exists(deep));
+    make_directory_path(deep);
+    EXPECT_TRUE(directory_exists(deep));
+    EXPECT_TRUE(std::filesystem::is_directory(dir.path() / "run 1" / "tiles" / "t_1_1"));
+    make_directory_path(deep);  // existing is fine
+    EXPECT_EQ(find_file(deep), deep);
+    EXPECT_EQ(find_file(deep + "\\nothing.txt"), "");
+}
+
+TEST(Directories, FailureNamesThePath) {
+    TempDir dir;
+    const std::string blocked = (dir.path() / "file.txt").string();
+    write_file_bytes(blocked, "x");
+    try {
+        make_directory_path(blocked + "/sub");
+        FAIL() << "made a directory below a file";
+    } catch (const std::runtime_error& fault) {
+        EXPECT_NE(std::string(fault.what()).find(blocked + "/sub"), std::string::npos) << fault.what();
+    }
+}
+
+class LocateFile : public ::testing::Test {
+protected:
+    HeadlessDialogue dialogue;
+    FileSearchMemory memory;
+    TempDir dir;
+    std::string root() const { return dir.path().string(); }
+    void make_file(const std::string& relative) {
+        const auto path = native_path(root() + "/" + relative);
+        std::filesystem::create_directories(path.parent_path());
+        write_file_bytes(path, "1\n");
+    }
+};
+
+TEST_F(LocateFile, FindsTheNameInTheWorkingDirectory) {
+    make_file("mag.obs");
+    std::string name = "D:\\old\\mag.obs";
+    EXPECT_EQ(locate_file(dialogue, memory, root(), "Observed data file", name, ""), 0);
+    EXPECT_EQ(name, root() + "/mag.obs");
+    EXPECT_TRUE(dialogue.messages.empty());
+}
+
+TEST_F(LocateFile, AddsTheOriginalsLastFoldersToTheGivenDirectory) {
+    make_file("moved/proj/data/mag.obs");
+    std::string name = "D:\\old\\proj\\data\\mag.obs";
+    EXPECT_EQ(locate_file(dialogue, memory, root() + "/elsewhere", "", name, root() + "/moved"), 0);
+    EXPECT_EQ(name, root() + "/moved/proj\\data\\mag.obs");
+    EXPECT_TRUE(find_file(name) == name);
+}
+
+TEST_F(LocateFile, AsksThenAppliesTheSameMoveToTheNextFile) {
+    make_file("new/proj/data/mag.obs");
+    make_file("new/proj/topo/topo.dat");
+    std::string name = "D:\\old\\proj\\data\\mag.obs";
+    const std::string chosen = root() + "/new/proj/data/mag.obs";
+    dialogue.file_answers.push_back(chosen);
+    EXPECT_EQ(locate_file(dialogue, memory, root(), "Observed data file", name, ""), 0);
+    EXPECT_EQ(name, chosen);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_EQ(dialogue.messages[0], "Could not find Observed data file please specify its location");
+    ASSERT_EQ(dialogue.file_requests.size(), 1u);
+    EXPECT_EQ(dialogue.file_requests[0].filter, "Data files (*.obs)|*.obs|All files (*.*)|*.*");
+
+    std::string topo = "D:\\old\\proj\\topo\\topo.dat";
+    EXPECT_EQ(locate_file(dialogue, memory, root(), "Topo file", topo, ""), 0);
+    EXPECT_EQ(topo, root() + "/new\\proj\\topo\\topo.dat");
+    EXPECT_EQ(dialogue.file_requests.size(), 1u);  // not asked again
+}
+
+TEST_F(LocateFile, CancelThenYesGivesUpAndNoGoesOn) {
+    std::string name = "D:\\old\\model";
+    EXPECT_LT(locate_file(dialogue, memory, root(), "", name, ""), 0);
+    EXPECT_EQ(dialogue.messages.at(0), "Could not find model please specify its location");
+    EXPECT_EQ(dialogue.file_requests.at(0).filter, "All files (*.*)|*.*");
+    EXPECT_EQ(dialogue.questions.at(0), "Cancel reading rest of specification file?");
+    dialogue.answer_yes = false;
+    EXPECT_EQ(locate_file(dialogue, memory, root(), "", name, ""), 1);
+    EXPECT_EQ(name, "D:\\old\\model");
+}
