@@ -201,7 +201,9 @@ void read_data_columns(LegacyReader& in, ParameterRecord& r) {
     r.smoothness_weighting = in.integer();
     r.weight_multipliers = in.text();
     if (r.weight_multipliers.empty()) r.weight_multipliers = "16,8,4,2,1";
+    // The format has no read step; the current reader makes a missing one 1 as well.
     if (r.data_first_lines[0] < 1) r.data_first_lines[0] = 1;
+    if (r.data_read_steps[0] < 1) r.data_read_steps[0] = 1;
 }
 
 void read_topo_lines(LegacyReader& in, ParameterRecord& r) {
