@@ -7,6 +7,11 @@
 
 #include "form/form_model.h"
 #include "form/inversion_definition.h"
+#include "grids/grid_access.h"
+#include "mesh/inversion_mesh.h"
+#include "mesh/mesh_definition.h"
+#include "mesh/tile_layout.h"
+#include "modelfiles/mesh_file_read.h"
 #include "support/dialogue.h"
 #include "support/files.h"
 
@@ -32,6 +37,16 @@ struct Session {
     /// The mesh and model of refinement mode, by the names they were read from.
     std::string original_mesh_name;
     std::string original_model_name;
+
+    /// The mesh of the current creation, its padding and its tiles; the mesh read for refinement.
+    InversionMesh mesh;
+    MeshPadding padding;
+    TileTable tiles;
+    ExpandedMesh expanded_mesh;
+    LoadedMesh loaded_mesh;
+
+    /// The grid last read and the name of its temporary part.
+    GridState grids;
 };
 
 }  // namespace invsetup

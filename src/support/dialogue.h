@@ -19,6 +19,13 @@ struct FileChoice {
     bool save = false;
 };
 
+/// One row of an option dialogue: a check box with its tip.
+struct OptionRow {
+    std::string caption;
+    std::string tip;
+    bool checked = false;
+};
+
 class Dialogue {
 public:
     virtual ~Dialogue() = default;
@@ -30,6 +37,9 @@ public:
     virtual std::string ask_text(const std::string& prompt, const std::string& initial) = 0;
     /// A file chooser; no value when cancelled.
     virtual std::optional<std::string> choose_file(const FileChoice& request) = 0;
+    /// A modal dialogue of check boxes titled `title`; the person may change the rows' `checked`.
+    /// False when cancelled. The default accepts the rows as they stand.
+    virtual bool ask_options(const std::string& /*title*/, std::vector<OptionRow>& /*rows*/) { return true; }
     /// Lets the interface breathe during long work.
     virtual void do_events() {}
     /// Progress of the current stage, 0 to 100.
