@@ -6,6 +6,8 @@
 #include <string>
 
 #include "form/form_model.h"
+#include "data/observed_data.h"
+#include "data/topography.h"
 #include "form/inversion_definition.h"
 #include "grids/grid_access.h"
 #include "mesh/inversion_mesh.h"
@@ -44,6 +46,11 @@ struct Session {
     TileTable tiles;
     ExpandedMesh expanded_mesh;
     LoadedMesh loaded_mesh;
+
+    /// The readings and the surface of the current creation.
+    ObservationBins bins;
+    ObservationList readings;
+    Topography topography;
 
     /// The grid last read and the name of its temporary part.
     GridState grids;
