@@ -1,0 +1,435 @@
+// src/grids/grid_file.cpp - grid headers, windows and statistics over GDAL; height files by hand.
+#include "grids/grid_file.h"
+
+#include <gdal.h>
+#include <cpl_conv.h>
+#include <cpl_error.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <regex>
+
+#include "support/numbers.h"
+
+namespace invsetup {
+
+namespace {
+
+// Surfer marks blank nodes with 1.70141e38; no real grid value comes near it.
+constexpr float blanking_threshold = 1.0e38f;
+
+void register_gdal_drivers() {
+    static std::once_flag once;
+    std::call_once(once, [] { GDALAllRegister(); });
+}
+
+// GDAL reports through a process-wide handler; grid faults are ours to report, so it stays quiet.
+class QuietGdalErrors {
+public:
+    QuietGdalErrors() { CPLPushErrorHandler(CPLQuietErrorHandler); }
+    ~QuietGdalErrors() { CPLPopErrorHandler(); }
+    QuietGdalErrors(const QuietGdalErrors&) = delete;
+    QuietGdalErrors& operator=(const QuietGdalErrors&) = delete;
+};
+
+std::string upper_extension(const std::string& name) {
+    std::string extension = std::filesystem::path(name).extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return extension;
+}
+
+bool is_height_file(const std::string& name) { return upper_extension(name) == "HGT"; }
+
+// The file as a grid: its size, placement and null, and a way to read rows of it. Rows come in
+// the file's own order (north first for the usual north-up grid); nulls already -1e32.
+class GridSource {
+public:
+    bool open(const std::string& name, const std::vector<std::string>& open_options) {
+        if (is_height_file(name)) return open_height_file(name);
+        return open_gdal(name, open_options);
+    }
+
+    int columns = 0;
+    int rows = 0;
+    int bands = 0;
+    bool north_up = true;  // first file row is the northern one
+    bool has_null = false;
+    double file_null = 0;
+    double x_first = 0, y_first = 0;  // centre of the first pixel of the first file row
+    double x_spacing = 0, y_spacing = 0;  // both positive
+    int kind = grid_kind_gdal;
+    std::string description;
+
+    /// Fills grid_ints and grid_reals for the columns c0..c1 and south-based rows r0..r1 (0-based).
+    void fill_header(GridHeader& header, int c0, int c1, int r0, int r1) const {
+        header.grid_ints.assign(grid_int_count, 0);
+        header.grid_reals.assign(grid_real_count, 0.0);
+        header.grid_ints[grid_int::kind] = kind;
+        header.grid_ints[grid_int::sub_kind] = 1;
+        header.grid_ints[grid_int::bands] = bands;
+        header.grid_ints[grid_int::has_null] = has_null ? 1 : 0;
+        header.grid_ints[grid_int::raster_width] = c1 - c0 + 1;
+        header.grid_ints[grid_int::columns] = c1 - c0 + 1;
+        header.grid_ints[grid_int::rows] = r1 - r0 + 1;
+        header.grid_reals[grid_real::x_min] = x_first + c0 * x_spacing;
+        header.grid_reals[grid_real::x_max] = x_first + c1 * x_spacing;
+        header.grid_reals[grid_real::y_min] = south_y() + r0 * y_spacing;
+        header.grid_reals[grid_real::y_max] = south_y() + r1 * y_spacing;
+        header.grid_reals[grid_real::x_spacing] = x_spacing;
+        header.grid_reals[grid_real::y_spacing] = y_spacing;
+        header.grid_reals[grid_real::file_null] = has_null ? file_null : 0.0;
+        header.grid_text = description.substr(0, grid_text_length);
+    }
+
+    double south_y() const { return north_up ? y_first - (rows - 1) * y_spacing : y_first; }
+    int file_row(int south_row) const { return north_up ? rows - 1 - south_row : south_row; }
+
+    /// Reads `count` columns from `column` of `row_count` file rows from `first_row` into `out`.
+    bool read_rows(int column, int count, int first_row, int row_count, float* out) {
+        bool ok = dataset_ ? read_gdal_rows(column, count, first_row, row_count, out)
+                           : read_height_rows(column, count, first_row, row_count, out);
+        if (!ok) return false;
+        const std::size_t total = static_cast<std::size_t>(count) * static_cast<std::size_t>(row_count);
+        const float null_as_read = static_cast<float>(file_null);
+        for (std::size_t k = 0; k < total; ++k) {
+            float& value = out[k];
+            if (std::isnan(value) || value > blanking_threshold || value < -1e30f ||
+                (has_null && value == null_as_read))
+                value = null_value_single;
+        }
+        return true;
+    }
+
+private:
+    struct DatasetCloser {
+        void operator()(void* dataset) const { GDALClose(static_cast<GDALDatasetH>(dataset)); }
+    };
+    std::unique_ptr<void, DatasetCloser> dataset_;
+    std::ifstream height_file_;
+
+    bool open_gdal(const std::string& name, const std::vector<std::string>& open_options) {
+        register_gdal_drivers();
+        QuietGdalErrors quiet;
+        std::vector<const char*> options;
+        for (const std::string& option : open_options) options.push_back(option.c_str());
+        options.push_back(nullptr);
+        GDALDatasetH handle = GDALOpenEx(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options.data(), nullptr);
+        if (handle == nullptr) return false;
+        dataset_.reset(handle);
+        bands = GDALGetRasterCount(handle);
+        columns = GDALGetRasterXSize(handle);
+        rows = GDALGetRasterYSize(handle);
+        if (bands < 1 || columns < 1 || rows < 1) return false;
+        double transform[6] = {0, 1, 0, 0, 0, 1};
+        GDALGetGeoTransform(handle, transform);  // without one GDAL leaves pixel numbers
+        if (transform[2] != 0.0 || transform[4] != 0.0) return false;  // rotated grids aren't read
+        if (transform[1] <= 0.0 || transform[5] == 0.0) return false;
+        x_spacing = transform[1];
+        y_spacing = std::abs(transform[5]);
+        north_up = transform[5] < 0;
+        // GDAL places a pixel by its corner; a grid node is the pixel's centre.
+        x_first = transform[0] + 0.5 * transform[1];
+        y_first = transform[3] + 0.5 * transform[5];
+        int null_given = 0;
+        double null = GDALGetRasterNoDataValue(GDALGetRasterBand(handle, 1), &null_given);
+        has_null = null_given != 0;
+        file_null = has_null ? null : 0.0;
+        GDALDriverH driver = GDALGetDatasetDriver(handle);
+        description = driver ? GDALGetDriverLongName(driver) : "";
+        return true;
+    }
+
+    bool read_gdal_rows(int column, int count, int first_row, int row_count, float* out) {
+        QuietGdalErrors quiet;
+        GDALRasterBandH band = GDALGetRasterBand(static_cast<GDALDatasetH>(dataset_.get()), 1);
+        return GDALRasterIO(band, GF_Read, column, first_row, count, row_count, out, count, row_count,
+                            GDT_Float32, 0, 0) == CE_None;
+    }
+
+    // A height file is a square of big-endian 16-bit integers, north row first, named by its
+    // south-west corner in whole degrees ("S34E151.hgt"); -32768 marks a void.
+    bool open_height_file(const std::string& name) {
+        static const std::regex corner_pattern(R"(^([NSns])(\d{1,2})([EWew])(\d{1,3}))");
+        std::smatch corner;
+        const std::string base = std::filesystem::path(name).stem().string();
+        if (!std::regex_search(base, corner, corner_pattern)) return false;
+        double south = std::stod(corner[2].str());
+        double west = std::stod(corner[4].str());
+        if (corner[1].str() == "S" || corner[1].str() == "s") south = -south;
+        if (corner[3].str() == "W" || corner[3].str() == "w") west = -west;
+        std::error_code error;
+        const auto bytes = std::filesystem::file_size(name, error);
+        if (error || bytes < 8 || bytes % 2 != 0) return false;
+        const double side = std::sqrt(static_cast<double>(bytes / 2));
+        const int size = to_integer(side);
+        if (static_cast<std::uintmax_t>(size) * static_cast<std::uintmax_t>(size) * 2 != bytes) return false;
+        height_file_.open(name, std::ios::binary);
+        if (!height_file_) return false;
+        kind = grid_kind_height;
+        bands = 1;
+        columns = rows = size;
+        x_spacing = y_spacing = 1.0 / (size - 1);
+        north_up = true;
+        x_first = west;
+        y_first = south + 1.0;
+        has_null = true;
+        file_null = -32768.0;
+        description = "Height file";
+        return true;
+    }
+
+    bool read_height_rows(int column, int count, int first_row, int row_count, float* out) {
+        std::vector<unsigned char> row_bytes(static_cast<std::size_t>(count) * 2);
+        for (int r = 0; r < row_count; ++r) {
+            const std::streamoff offset =
+                (static_cast<std::streamoff>(first_row + r) * columns + column) * 2;
+            height_file_.seekg(offset);
+            if (!height_file_.read(reinterpret_cast<char*>(row_bytes.data()), static_cast<std::streamsize>(row_bytes.size())))
+                return false;
+            float* row_out = out + static_cast<std::size_t>(r) * static_cast<std::size_t>(count);
+            for (int c = 0; c < count; ++c) {
+                const auto high = static_cast<std::uint16_t>(row_bytes[2 * static_cast<std::size_t>(c)]);
+                const auto low = static_cast<std::uint16_t>(row_bytes[2 * static_cast<std::size_t>(c) + 1]);
+                row_out[c] = static_cast<float>(static_cast<std::int16_t>(static_cast<std::uint16_t>(high << 8 | low)));
+            }
+        }
+        return true;
+    }
+};
+
+// First and last node index (0-based) of the nodes covering low..high along an axis of `count`
+// nodes from `first` at `spacing`; false when the range misses the axis. A hair of tolerance keeps
+// a limit that sits on a node (up to rounding) from pulling in the node beyond it.
+bool covering_nodes(double low, double high, double first, double spacing, int count, int& from, int& to) {
+    const double tolerance = 1e-9;
+    const double low_position = (low - first) / spacing;
+    const double high_position = (high - first) / spacing;
+    if (!(high_position >= -tolerance && low_position <= (count - 1) + tolerance)) return false;
+    from = to_integer(std::floor(std::clamp(low_position + tolerance, 0.0, count - 1.0)));
+    to = to_integer(std::ceil(std::clamp(high_position - tolerance, 0.0, count - 1.0)));
+    return from <= to;
+}
+
+void accumulate(const float* values, std::size_t count, GridStatistics& statistics, double& shift, double& sum,
+                double& sum_of_squares) {
+    for (std::size_t k = 0; k < count; ++k) {
+        const float value = values[k];
+        if (value < -1e30f) {
+            ++statistics.null_count;
+            continue;
+        }
+        // Sums are taken about the first value so that large map elevations keep their digits.
+        if (statistics.present_count == 0) {
+            shift = value;
+            statistics.minimum = statistics.maximum = value;
+        }
+        ++statistics.present_count;
+        const double offset = value - shift;
+        sum += offset;
+        sum_of_squares += offset * offset;
+        statistics.minimum = std::min<double>(statistics.minimum, value);
+        statistics.maximum = std::max<double>(statistics.maximum, value);
+    }
+}
+
+void finish_statistics(GridStatistics& statistics, double shift, double sum, double sum_of_squares, int& status) {
+    if (statistics.present_count == 0) {
+        status = -1;
+        return;
+    }
+    const auto count = static_cast<double>(statistics.present_count);
+    const double mean_offset = sum / count;
+    statistics.mean = shift + mean_offset;
+    statistics.standard_deviation = std::sqrt(std::max(0.0, sum_of_squares / count - mean_offset * mean_offset));
+    status = 0;
+}
+
+}  // namespace
+
+float GridWindow::value(int column, int row) const {
+    const int columns = header.columns();
+    if (column < 1 || column > columns || row < 1 || row > header.rows())
+        throw std::out_of_range("grid node (" + std::to_string(column) + ", " + std::to_string(row) + ") outside the grid");
+    return values.at(static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(column - 1));
+}
+
+bool is_valid_grid_header(const Array1<int>& grid_ints, const Array1<double>& grid_reals) {
+    return grid_ints[grid_int::kind] >= 1 && grid_ints[grid_int::columns] > 0 && grid_ints[grid_int::rows] > 0 &&
+           grid_reals[grid_real::x_min] < grid_reals[grid_real::x_max] &&
+           grid_reals[grid_real::y_min] < grid_reals[grid_real::y_max] && grid_reals[grid_real::x_spacing] > 0 &&
+           grid_reals[grid_real::y_spacing] > 0;
+}
+
+std::string grid_format_name(const std::string& name) {
+    if (is_height_file(name)) return "HGT";
+    register_gdal_drivers();
+    QuietGdalErrors quiet;
+    GDALDriverH driver = GDALIdentifyDriver(name.c_str(), nullptr);
+    if (driver == nullptr) return "";
+    return GDALGetDriverShortName(driver);
+}
+
+void GRDRDH(const std::string& name, Array1<int>& grid_ints, Array1<double>& grid_reals, std::string& grid_text,
+            int& status) {
+    status = -1;
+    grid_ints.assign(grid_int_count, 0);
+    grid_reals.assign(grid_real_count, 0.0);
+    grid_text.clear();
+    GridSource source;
+    if (!source.open(name, {})) return;
+    GridHeader header;
+    source.fill_header(header, 0, source.columns - 1, 0, source.rows - 1);
+    grid_ints = header.grid_ints;
+    grid_reals = header.grid_reals;
+    grid_text = header.grid_text;
+    status = 0;
+}
+
+void GRDRDGD(const std::string& input_name, GridWindow& output, double x_min, double x_max, double /*x_step*/,
+             double y_min, double y_max, double /*y_step*/, int& status, const std::vector<std::string>& open_options) {
+    status = -1;
+    output.header = GridHeader{};
+    output.values.clear();
+    GridSource source;
+    if (!source.open(input_name, open_options)) return;
+    int c0 = 0, c1 = 0, r0 = 0, r1 = 0;
+    if (!covering_nodes(x_min, x_max, source.x_first, source.x_spacing, source.columns, c0, c1)) return;
+    if (!covering_nodes(y_min, y_max, source.south_y(), source.y_spacing, source.rows, r0, r1)) return;
+    const int columns = c1 - c0 + 1;
+    const int rows = r1 - r0 + 1;
+    output.values.resize(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
+    const int first_file_row = std::min(source.file_row(r0), source.file_row(r1));
+    if (!source.read_rows(c0, columns, first_file_row, rows, output.values.data())) {
+        output.values.clear();
+        return;
+    }
+    if (source.north_up) {  // the window keeps its rows from the south
+        for (int r = 0; r < rows / 2; ++r) {
+            auto top = output.values.begin() + static_cast<std::ptrdiff_t>(r) * columns;
+            auto bottom = output.values.begin() + static_cast<std::ptrdiff_t>(rows - 1 - r) * columns;
+            std::swap_ranges(top, top + columns, bottom);
+        }
+    }
+    source.fill_header(output.header, c0, c1, r0, r1);
+    status = 0;
+}
+
+void GRDSTAT(const std::string& name, GridStatistics& statistics, int& status) {
+    statistics = GridStatistics{};
+    status = -1;
+    GridSource source;
+    if (!source.open(name, {})) return;
+    const int block_rows = std::max(1, std::min(source.rows, (1 << 20) / source.columns));
+    std::vector<float> block(static_cast<std::size_t>(block_rows) * static_cast<std::size_t>(source.columns));
+    double shift = 0, sum = 0, sum_of_squares = 0;
+    for (int row = 0; row < source.rows; row += block_rows) {
+        const int count = std::min(block_rows, source.rows - row);
+        if (!source.read_rows(0, source.columns, row, count, block.data())) return;
+        accumulate(block.data(), static_cast<std::size_t>(count) * static_cast<std::size_t>(source.columns), statistics,
+                   shift, sum, sum_of_squares);
+    }
+    finish_statistics(statistics, shift, sum, sum_of_squares, status);
+}
+
+void GRDSTAT(const GridWindow& grid, GridStatistics& statistics, int& status) {
+    statistics = GridStatistics{};
+    double shift = 0, sum = 0, sum_of_squares = 0;
+    accumulate(grid.values.data(), grid.values.size(), statistics, shift, sum, sum_of_squares);
+    finish_statistics(statistics, shift, sum, sum_of_squares, status);
+}
+
+void GRDHST(const GridWindow& grid, int bin_count, std::vector<std::int64_t>& counts, double& minimum, double& maximum,
+            int& status) {
+    counts.assign(static_cast<std::size_t>(std::max(bin_count, 0)), 0);
+    GridStatistics statistics;
+    GRDSTAT(grid, statistics, status);
+    if (status < 0 || bin_count < 1) {
+        status = -1;
+        return;
+    }
+    minimum = statistics.minimum;
+    maximum = statistics.maximum;
+    const double width = (maximum - minimum) / bin_count;
+    for (float value : grid.values) {
+        if (value < -1e30f) continue;
+        int bin = width > 0 ? to_integer(std::floor((value - minimum) / width)) : 0;
+        counts[static_cast<std::size_t>(std::clamp(bin, 0, bin_count - 1))] += 1;
+    }
+}
+
+// The value at a point is the bilinear blend of the four nodes of the grid cell that holds it:
+//   v = (1-tx)(1-ty) v(i,j) + tx (1-ty) v(i+1,j) + (1-tx) ty v(i,j+1) + tx ty v(i+1,j+1),
+// with tx, ty the point's fractional position inside the cell. A point on the grid's east or north
+// edge belongs to the last cell (tx or ty is 1), so the edge nodes are reached exactly. The point is
+// null when it lies outside the nodes (beyond a rounding hair), or when any node that surrounds it
+// is null. A point on a grid line is surrounded by the two nodes of its segment, and a point on a
+// node by that node alone (the others have weight 0): a mesh aligned with the grid samples the
+// nodes themselves, and a hole in the grid beyond a node mustn't blank the node. A grid of a single
+// column or row is read along its line only.
+void GEO_CELL_INTERPOLATION(const GridWindow& grid, std::span<const double> x, std::span<const double> y,
+                            std::span<double> values) {
+    const std::size_t count = std::min({x.size(), y.size(), values.size()});
+    const int columns = grid.header.columns();
+    const int rows = grid.header.rows();
+    if (grid.values.size() != static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) || columns < 1 ||
+        rows < 1) {
+        std::fill(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count), null_value);
+        return;
+    }
+    const double x_min = grid.header.x_min(), y_min = grid.header.y_min();
+    const double x_spacing = grid.header.x_spacing(), y_spacing = grid.header.y_spacing();
+    const double tolerance = 1e-9;
+    const float* nodes = grid.values.data();
+    for (std::size_t k = 0; k < count; ++k) {
+        const double fx = (x[k] - x_min) / x_spacing;
+        const double fy = (y[k] - y_min) / y_spacing;
+        // Written so that a NaN coordinate fails the test too.
+        if (!(fx >= -tolerance && fx <= (columns - 1) + tolerance && fy >= -tolerance && fy <= (rows - 1) + tolerance)) {
+            values[k] = null_value;
+            continue;
+        }
+        const int i = std::clamp(to_integer(std::floor(fx)), 0, std::max(columns - 2, 0));
+        const int j = std::clamp(to_integer(std::floor(fy)), 0, std::max(rows - 2, 0));
+        const int i1 = std::min(i + 1, columns - 1);
+        const int j1 = std::min(j + 1, rows - 1);
+        const double tx = i1 > i ? std::clamp(fx - i, 0.0, 1.0) : 0.0;
+        const double ty = j1 > j ? std::clamp(fy - j, 0.0, 1.0) : 0.0;
+        const std::size_t row0 = static_cast<std::size_t>(j) * static_cast<std::size_t>(columns);
+        const std::size_t row1 = static_cast<std::size_t>(j1) * static_cast<std::size_t>(columns);
+        const float v00 = nodes[row0 + static_cast<std::size_t>(i)];
+        const float v10 = nodes[row0 + static_cast<std::size_t>(i1)];
+        const float v01 = nodes[row1 + static_cast<std::size_t>(i)];
+        const float v11 = nodes[row1 + static_cast<std::size_t>(i1)];
+        const double w00 = (1 - tx) * (1 - ty), w10 = tx * (1 - ty), w01 = (1 - tx) * ty, w11 = tx * ty;
+        if ((w00 > 0 && v00 < -1e30f) || (w10 > 0 && v10 < -1e30f) || (w01 > 0 && v01 < -1e30f) ||
+            (w11 > 0 && v11 < -1e30f)) {
+            values[k] = null_value;
+            continue;
+        }
+        // A null node of weight 0 is left out of the sum rather than multiplied by 0.
+        double value = 0;
+        if (w00 > 0) value += w00 * v00;
+        if (w10 > 0) value += w10 * v10;
+        if (w01 > 0) value += w01 * v01;
+        if (w11 > 0) value += w11 * v11;
+        values[k] = value;
+    }
+}
+
+void GEO_CELL_INTERPOLATION(const GridWindow& grid, const Array1<double>& x, const Array1<double>& y, int count,
+                            Array1<double>& values) {
+    if (count > x.size() || count > y.size() || count > values.size() || count < 0)
+        throw std::out_of_range("GEO_CELL_INTERPOLATION: " + std::to_string(count) + " points for rows of " +
+                                std::to_string(values.size()));
+    const auto n = static_cast<std::size_t>(count);
+    GEO_CELL_INTERPOLATION(grid, std::span<const double>(x.data(), n), std::span<const double>(y.data(), n),
+                           std::span<double>(values.data(), n));
+}
+
+}  // namespace invsetup
