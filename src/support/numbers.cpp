@@ -1,6 +1,7 @@
 // src/support/numbers.cpp - numbers to text by pictures and by significant digits; half-even integers.
 #include "support/numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -163,10 +164,21 @@ struct BufferSink {
             overflow = true;
     }
     void put(std::string_view text) {
-        for (char c : text) put(c);
+        if (text.size() > capacity - length) {
+            overflow = true;
+            return;
+        }
+        text.copy(buffer + length, text.size());
+        length += text.size();
     }
     void fill(char c, int n) {
-        for (int i = 0; i < n; ++i) put(c);
+        if (n <= 0) return;
+        if (static_cast<std::size_t>(n) > capacity - length) {
+            overflow = true;
+            return;
+        }
+        std::fill_n(buffer + length, n, c);
+        length += static_cast<std::size_t>(n);
     }
 };
 
@@ -305,19 +317,32 @@ std::string general_text(Real value, int precision, bool blank_for_positive, boo
     return out;
 }
 
+/// Renders into a buffer on the stack and appends once; only a text longer than the buffer (a
+/// picture of hundreds of characters) is built in the string itself.
+template <class Real>
+void append_rendered(std::string& out, Real value, int precision, std::string_view picture) {
+    char local[384];
+    BufferSink buffer{local, sizeof local};
+    render_picture(buffer, value, precision, picture);
+    if (!buffer.overflow) {
+        out.append(local, buffer.length);
+        return;
+    }
+    StringSink sink{out};
+    render_picture(sink, value, precision, picture);
+}
+
 }  // namespace
 
 std::string format_picture(double value, std::string_view picture) {
     std::string out;
-    StringSink sink{out};
-    render_picture(sink, value, double_digits, picture);
+    append_rendered(out, value, double_digits, picture);
     return out;
 }
 
 std::string format_picture(float value, std::string_view picture) {
     std::string out;
-    StringSink sink{out};
-    render_picture(sink, value, single_digits, picture);
+    append_rendered(out, value, single_digits, picture);
     return out;
 }
 
@@ -326,13 +351,11 @@ std::string format_picture(int value, std::string_view picture) {
 }
 
 void append_picture(std::string& out, double value, std::string_view picture) {
-    StringSink sink{out};
-    render_picture(sink, value, double_digits, picture);
+    append_rendered(out, value, double_digits, picture);
 }
 
 void append_picture(std::string& out, float value, std::string_view picture) {
-    StringSink sink{out};
-    render_picture(sink, value, single_digits, picture);
+    append_rendered(out, value, single_digits, picture);
 }
 
 std::size_t format_picture_to(char* buffer, std::size_t capacity, double value, std::string_view picture) {

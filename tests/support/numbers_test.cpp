@@ -48,6 +48,8 @@ TEST(FormatPicture, KeepsTheWholeIntegerPartAndPadsToTheDigits) {
     EXPECT_EQ(format_picture(1e32, "0"), "100000000000000000000000000000000");
     EXPECT_EQ(format_picture(3.4e38f, "0"), "340000000000000000000000000000000000000");
     EXPECT_EQ(format_picture(1e-30, "0.0000"), "0.0000");
+    // Longer than the stack buffer of the renderer.
+    EXPECT_EQ(format_picture(1e300, "0." + std::string(101, '0')), "1" + std::string(300, '0') + "." + std::string(101, '0'));
 }
 
 TEST(FormatPicture, OneSectionPutsTheSignAheadOfLiteralBlanks) {
