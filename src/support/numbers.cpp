@@ -44,6 +44,42 @@ Digits significant_digits(Real magnitude, int precision) {
     return out;
 }
 
+/// The seven significant digits of a single real without to_chars, for the common range: the
+/// single real times a power of ten up to 10^12 is exact in a double, so rounding it to an integer
+/// (half to even, as to_chars does) gives the same digits. False outside that range.
+bool fast_single_digits(float magnitude, Digits& out) {
+    static constexpr double powers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
+    const double x = magnitude;
+    if (!(x >= 1e-6 && x < 1e7)) return false;
+    // log10 may land a decade off next to a power of ten; the range checks below catch that.
+    int exponent = static_cast<int>(std::floor(std::log10(x)));
+    const int shift = 6 - exponent;
+    if (shift < 0 || shift > 12) return false;
+    const double scaled = x * powers[shift];
+    if (std::fma(x, powers[shift], -scaled) != 0) return false;
+    double rounded = std::nearbyint(scaled);
+    if (rounded < 1e6 || rounded > 1e7) return false;  // a decade off: let to_chars decide
+    if (rounded == 1e7) {  // 9999999.5 and the like carry into the next decade
+        rounded = 1e6;
+        ++exponent;
+    }
+    long long digits = static_cast<long long>(rounded);
+    for (int i = 6; i >= 0; --i) {
+        out.d[i] = static_cast<char>('0' + digits % 10);
+        digits /= 10;
+    }
+    out.count = 7;
+    out.exponent = exponent;
+    while (out.count > 0 && out.d[out.count - 1] == '0') --out.count;
+    return true;
+}
+
+Digits significant_digits(float magnitude, int precision) {
+    Digits out;
+    if (precision == single_digits && magnitude != 0 && fast_single_digits(magnitude, out)) return out;
+    return significant_digits<float>(magnitude, precision);
+}
+
 /// Keeps the first `keep` digits, rounding half away from zero (a magnitude rounds up).
 void round_digits(Digits& value, int keep) {
     if (keep >= value.count) return;
