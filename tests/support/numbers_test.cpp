@@ -30,6 +30,10 @@ TEST(FormatPicture, TakesSignificantDigitsBeforeRounding) {
     EXPECT_EQ(format_picture(0.02f, "0.0000000000"), "0.0200000000");
     EXPECT_EQ(format_picture(1.0f / 3.0f, "0.0000000000"), "0.3333333000");
     EXPECT_EQ(format_picture(1.0 / 3.0, "0.0000000000000000"), "0.3333333333333330");
+    // A single real's seventh digit is settled first (a tie goes to even), then the picture rounds.
+    EXPECT_EQ(format_picture(1234568.5f, "0"), "1234568");
+    EXPECT_EQ(format_picture(1234567.5f, "0"), "1234568");
+    EXPECT_EQ(format_picture(1234568.5, "0"), "1234569");
 }
 
 TEST(FormatPicture, CarriesIntoANewDigit) {
@@ -140,6 +144,8 @@ TEST(SingleToText, KeepsTheFloatDigitsOnly) {
     EXPECT_EQ(single_to_text(-2.5f), "-2.5");
     EXPECT_EQ(single_to_text(-0.0f), "0");
     EXPECT_EQ(single_to_text(9.9999999f), "10");
+    EXPECT_EQ(single_to_text(std::nextafter(0.1f, 0.0f)), "0.09999999");
+    EXPECT_EQ(single_to_text(std::nextafter(1e-6f, 1.0f)), "1E-06");
 }
 
 TEST(SingleToText, SwitchesToExponentOutsideOneTenThousandthToSevenDigits) {
