@@ -382,9 +382,6 @@ void register_mesh_behaviour(Session& session) {
     form.on_change("Command_update", [&session](int i) {
         if (i >= 0) command_update(session, i);
     });
-    form.on_change("Check_add_padding_cells", [&session](int) {
-        session.definition.add_mesh_padding = session.form.checked("Check_add_padding_cells") ? 1 : 0;
-    });
 }
 
 }  // namespace invsetup

@@ -1,0 +1,203 @@
+// tests/mesh/tile_layout_test.cpp - tile counts, the interval search and tiles inside a loaded mesh.
+#include "mesh/tile_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "grids/interval_search.h"
+#include "mesh/inversion_mesh.h"
+#include "session.h"
+
+namespace invsetup {
+namespace {
+
+Array1<double> table_of(std::initializer_list<double> values) {
+    Array1<double> table(static_cast<int>(values.size()));
+    int i = 1;
+    for (double v : values) table[i++] = v;
+    return table;
+}
+
+TEST(IntervalSearch, GivesLastNodeNotAboveAndClampsAtBothEnds) {
+    const Array1<double> nodes = table_of({0, 10, 20, 20, 40});
+    int flag = 9;
+    EXPECT_EQ(interval_search(nodes, 5, -1.0, flag), 1);
+    EXPECT_EQ(flag, interval_below);
+    EXPECT_EQ(interval_search(nodes, 5, 0.0, flag), 1);
+    EXPECT_EQ(flag, interval_inside);
+    EXPECT_EQ(interval_search(nodes, 5, 19.999, flag), 2);
+    EXPECT_EQ(interval_search(nodes, 5, 20.0, flag), 4);  // the last of equal entries
+    EXPECT_EQ(interval_search(nodes, 5, 40.0, flag), 5);
+    EXPECT_EQ(flag, interval_beyond);
+    EXPECT_EQ(interval_search(nodes, 3, 35.0, flag), 3);  // only the first three entries count
+    EXPECT_THROW(interval_search(nodes, 6, 1.0), std::out_of_range);
+}
+
+TEST(TileCount, GrowsUntilATileWithItsOverlapFits) {
+    // 300 cells, size 128, overlap 20: 3 tiles cover 304, but 100 + 40 is above 128, so 4 of 75.
+    int tiles = 0;
+    EXPECT_EQ(tile_count_for_axis(300, 128, 20, tiles), 75);
+    EXPECT_EQ(tiles, 4);
+}
+
+TEST(TileCount, SmallAxisNeedsOneTileAndNonPositiveInputsChangeNothing) {
+    int tiles = 7;
+    EXPECT_EQ(tile_count_for_axis(1, 128, 20, tiles), 1);
+    EXPECT_EQ(tiles, 1);
+    tiles = 7;
+    EXPECT_EQ(tile_count_for_axis(0, 128, 20, tiles), 0);
+    EXPECT_EQ(tile_count_for_axis(100, 0, 20, tiles), 0);
+    EXPECT_EQ(tiles, 7);
+}
+
+TEST(TileCount, TileNoLargerThanTwiceTheOverlapIsAFault) {
+    int tiles = 0;
+    EXPECT_THROW(tile_count_for_axis(300, 40, 20, tiles), std::domain_error);
+    EXPECT_THROW(tile_count_for_axis(300, 30, 20, tiles), std::domain_error);
+}
+
+/// A coarse loaded mesh: 10 cells of 100 m in X and Y from 0, 10 cells of 50 m down from 0, no padding.
+LoadedMesh coarse_mesh() {
+    LoadedMesh mesh;
+    mesh.loaded = true;
+    mesh.nx = mesh.ny = mesh.nz = 10;
+    mesh.dx.assign(10, 100.0);
+    mesh.dy.assign(10, 100.0);
+    mesh.dz.assign(10, 50.0);
+    mesh.x_nodes.assign(11);
+    mesh.y_nodes.assign(11);
+    mesh.z_nodes.assign(11);
+    for (int i = 1; i <= 11; ++i) {
+        mesh.x_nodes[i] = 100.0 * (i - 1);
+        mesh.y_nodes[i] = 100.0 * (i - 1);
+        mesh.z_nodes[i] = -50.0 * (i - 1);
+    }
+    mesh.pad_x_low = mesh.pad_x_high = mesh.pad_y_low = mesh.pad_y_high = mesh.pad_z_low = mesh.pad_z_high = 0;
+    return mesh;
+}
+
+struct RefinedSession : ::testing::Test {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    void SetUp() override {
+        InversionDefinition& d = session.definition;
+        session.loaded_mesh = coarse_mesh();
+        d.inversion_method = method_ubc_mag_v5;
+        d.refinement_mode = 1;
+        d.mesh_min = {250, 200, -200, -200};
+        d.mesh_max = {750, 800, 0, 0};
+        d.mesh_cell_size = {25, 25, 25, 1};
+        d.mesh_cell_count = {20, 24, 8, 0};
+        d.x_tile_size = 16;
+        d.y_tile_size = 16;
+        d.tile_overlap = 2;
+        d.tile_z_blend = 1;
+    }
+};
+
+TEST_F(RefinedSession, KeepsLoadedOuterCellsAndSnapsLimitsToLoadedNodes) {
+    ASSERT_EQ(determine_inversion_mesh(session), 0) << (dialogue.messages.empty() ? "" : dialogue.messages[0]);
+    const InversionMesh& mesh = session.mesh;
+    // 250 snaps down to 200: two loaded cells west, 20 fine cells, three loaded cells east.
+    EXPECT_EQ(session.definition.mesh_min[0], 200);
+    EXPECT_EQ(mesh.core_x_first, 3);
+    EXPECT_EQ(mesh.core_x_last, 8);
+    EXPECT_EQ(mesh.nx, 25);
+    EXPECT_EQ(mesh.ny, 28);
+    EXPECT_EQ(mesh.nz, 8 + 6);
+    EXPECT_EQ(mesh.dx[2], 100);
+    EXPECT_EQ(mesh.dx[3], 25);
+    EXPECT_EQ(mesh.dx[22], 25);
+    EXPECT_EQ(mesh.dx[23], 100);
+    EXPECT_EQ(mesh.x_nodes[1], 0);
+    EXPECT_EQ(mesh.x_nodes[26], 1000);
+    EXPECT_EQ(mesh.fine_x_first, 3);
+    EXPECT_EQ(mesh.fine_x_last, 22);
+    // One cell short of the fine region's end, as the tile layout expects.
+    EXPECT_EQ(mesh.mesh_x_max, 675);
+    EXPECT_EQ(mesh.mesh_y_max, 775);
+    EXPECT_EQ(mesh.z_nodes[9], -200);
+    EXPECT_EQ(mesh.mesh_z_bottom, -500);
+    EXPECT_EQ(session.form.text("Text_min_val", 0), "200");
+}
+
+TEST_F(RefinedSession, LaysTilesOnLoadedCellEdgesWithOverlap) {
+    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    const TileTable& tiles = session.tiles;
+    ASSERT_EQ(session.definition.number_of_x_tiles, 2);
+    ASSERT_EQ(session.definition.number_of_y_tiles, 2);
+    EXPECT_EQ(session.form.text("Text_number_x_tiles"), "2");
+    // X: the middle end 12 (node 425) moves down to the loaded node 400, node 11.
+    const int x_expected[2][4] = {{3, 3, 11, 13}, {9, 11, 22, 22}};
+    // Y shares out one cell more: the middle end is node 15 (500), already on a loaded node.
+    const int y_expected[2][4] = {{3, 3, 15, 17}, {13, 15, 26, 26}};
+    for (int i = 1; i <= 2; ++i)
+        for (int k = 1; k <= 4; ++k) {
+            EXPECT_EQ(tiles.tile_x_limits(i, k), x_expected[i - 1][k - 1]) << "x tile " << i << " k " << k;
+            EXPECT_EQ(tiles.tile_y_limits(i, k), y_expected[i - 1][k - 1]) << "y tile " << i << " k " << k;
+        }
+}
+
+TEST_F(RefinedSession, TileLongerThanItsSizeLosesTheExcessAtItsEnd) {
+    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    session.definition.number_of_x_tiles = 1;
+    session.definition.x_tile_size = 10;
+    lay_out_tiles(session.mesh, session.loaded_mesh, session.definition, session.tiles);
+    // 3..22 spans 22 - 3 - 1 = 18 cells against 10: 8 come off the end.
+    EXPECT_EQ(session.tiles.tile_x_limits(1, tile_outer_start), 3);
+    EXPECT_EQ(session.tiles.tile_x_limits(1, tile_core_end), 14);
+    EXPECT_EQ(session.tiles.tile_x_limits(1, tile_outer_end), 14);
+}
+
+TEST_F(RefinedSession, LimitOutsideLoadedCoreIsRefusedAndKeepsThePreviousMesh) {
+    session.loaded_mesh.pad_x_low = 3;  // core starts at 300
+    EXPECT_EQ(determine_inversion_mesh(session), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_EQ(dialogue.messages[0],
+              "The minimum x limit of the refined area is outside the core mesh region of the original model");
+    EXPECT_EQ(session.mesh.nx, 0);
+}
+
+TEST_F(RefinedSession, ZBottomSnapsFromBelowWithinOneMetre) {
+    session.definition.mesh_min[2] = -149.5;  // within 1.0 above the node at -150
+    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    EXPECT_EQ(session.definition.mesh_min[2], -150);
+    session.definition.mesh_min[2] = -148.5;  // more than 1.0 above it: the next node up
+    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    EXPECT_EQ(session.definition.mesh_min[2], -100);
+}
+
+TEST_F(RefinedSession, TopOffTheLoadedTopIsRefusedWithTheNode) {
+    session.definition.mesh_max[2] = 5;
+    EXPECT_EQ(determine_inversion_mesh(session), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_EQ(dialogue.messages[0],
+              "The top z limit of the refined volume has to be the same as the top node in the original model: 0.0");
+}
+
+TEST_F(RefinedSession, TileSizeOfTwiceTheOverlapEndsInTheTrap) {
+    session.definition.x_tile_size = 4;
+    EXPECT_EQ(determine_inversion_mesh(session), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_NE(dialogue.messages[0].find("An error occurred while determining the inversion mesh"), std::string::npos);
+}
+
+TEST_F(RefinedSession, ExpandedMeshDropsCellsThatLeaveTheMesh) {
+    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    session.expanded_mesh.expansion_weights = Array1<float>(5);
+    for (int k = 1; k <= 5; ++k) session.expanded_mesh.expansion_weights[k] = static_cast<float>(1 << (k - 1));
+    set_expanded_mesh_limits(session, 1, 1);
+    const ExpandedMesh& e = session.expanded_mesh;
+    // West of node 3 (x 200, first cell 25 wide): 31 * 25 = 775 leaves the mesh; dropping 16 and 8
+    // leaves 7 * 25 = 175, inside.
+    EXPECT_EQ(e.expansion_count[0], 3);
+    EXPECT_DOUBLE_EQ(e.expansion_limits[0], 25);
+    EXPECT_EQ(e.expansion_source_cells[0][1], 2);  // 187.5 lies in the loaded cell 100..200
+    EXPECT_EQ(e.expansion_count[1], 4);  // east of node 13 (x 450) only the 16 leaves the mesh
+    EXPECT_DOUBLE_EQ(e.expansion_limits[1], 450 + 15 * 25);
+    EXPECT_EQ(e.expansion_range[1], 2);
+}
+
+}  // namespace
+}  // namespace invsetup
