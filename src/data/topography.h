@@ -1,7 +1,10 @@
 // src/data/topography.h - the surface of one creation on the mesh: elevations at cell centres and
-// nodes, and the first cell below ground in each column.
+// nodes, the cells above ground in each column, and the triangulated topography points.
 #pragma once
+#include <string>
+#include <vector>
 
+#include "grids/triangulation.h"
 #include "support/array1.h"
 
 namespace invsetup {
@@ -10,7 +13,48 @@ struct Session;
 struct Topography {
     Array2<float> topo_grid;   // (nx, ny) elevation at cell centres
     Array2<float> topo_nodes;  // (nx + 1, ny + 1) elevation at mesh nodes
-    Array2<int> topo_cell;     // (nx, ny) first cell of the column at or below the surface
+    /// (nx, ny) cells of the column that reach above the surface, counted from the top: cell
+    /// topo_cell + 1 is the first whose top node lies at or below the surface; nz when none does.
+    Array2<int> topo_cell;
+
+    /// The triangulated points, 0-based in file order: the readings kept, then the closing points
+    /// round the mesh. Empty when the surface came from a grid.
+    int topo_point_count = 0;
+    std::vector<double> topo_x, topo_y, topo_z;
+    Triangulation triangulation;
+
+    /// Sizes the three surface tables for the mesh, cleared.
+    void size_surface(int nx, int ny);
+    /// Everything back to empty.
+    void clear();
 };
+
+/// Elevation of the triangulated surface at (x, y) (the points' own elevations, no offset); below
+/// -1e30 outside the triangulation or when there is none. Successive points near each other are cheap.
+double topo_elevation_at(const Topography& topography, double x, double y);
+
+/// The surface from the point file's readings, locations(1..count, 1..3) x, y, z: the readings within
+/// one cell of the mesh and without a null elevation are triangulated with closing points round the
+/// mesh at their mean elevation, and the triangulation gives topo_grid at the cell centres and
+/// topo_nodes at the nodes, each plus elevation_offsets[1] and, with topo_shift_option on, moved down
+/// to the nearest node at or below it; topo_cell follows. Returns 0, or -1 after "The topo data file
+/// did not contain enough data points to be meaningful" (4 or fewer), "All Points in the topography
+/// file are colinear", or a trapped fault.
+int grid_topo_from_points(Session& session, int count, const Array2<double>& locations);
+
+/// The same tables from a topography grid read for the mesh's area (with one cell's margin, through
+/// the coordinate transform when it is active): the grid's bilinear value at each centre and node.
+/// Places the grid leaves without a value take the mean of those it gives. Returns 0, or -1 after the
+/// grid layer's message, "The topo grid file has no values over the mesh", or a trapped fault.
+int grid_topo_from_file(Session& session, const std::string& file_name);
+
+/// Marks the cells above the surface in session.mesh.cell_state with -1.0 and, for every method but
+/// the in-house one, lifts each filled bin to at least 0.1 above the top node of its column's first
+/// ground cell. Returns 0, or -1 after the trap's message.
+int process_inversion_topo(Session& session);
+
+/// The elevation and the air-cell count of one place: `elevation` (with its offset added) moved down
+/// to the nearest node at or below it when `shift` is on; z_nodes falling, 1..nz+1.
+void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double& elevation, int& air_cells);
 
 }  // namespace invsetup
