@@ -14,6 +14,9 @@ namespace {
 constexpr int token_width = 11;
 constexpr std::size_t width_line_limit = 132;
 constexpr std::size_t topo_line_limit = 70;
+// Widths within a thousandth share a run. The limit sits a hair below 0.001 so that widths that
+// differ by 0.001 as written (10 and 10.001) stay two runs despite binary rounding.
+constexpr double run_tolerance = 0.001 - 1e-9;
 
 std::string run_token(int count, double value) {
     if (count == 1) return format_picture(value, "0.0000");
@@ -40,7 +43,7 @@ std::vector<std::string> width_lines(const Array1<double>& widths, int first, in
         if (run_count == 0) {
             run_count = 1;
             run_value = w;
-        } else if (std::fabs(run_value - w) < 0.001) {
+        } else if (std::fabs(run_value - w) < run_tolerance) {
             // The run keeps its first value, so slowly creeping widths drift inside one run.
             ++run_count;
         } else {
