@@ -1,0 +1,498 @@
+// src/data/location_file.cpp - the point file reader: one scan of the file per pass, lines cut in a
+// reused buffer, fields as views, numbers parsed in place; nothing is allocated per reading.
+#include "data/location_file.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+#include <unordered_map>
+
+#include "form/inversion_definition.h"
+#include "session.h"
+#include "support/text.h"
+
+namespace invsetup {
+
+namespace {
+
+/// Lines of a file, read in large blocks. A line ends at CR LF, LF or a lone CR; the views stay
+/// valid until the next call. A UTF-8 byte order mark at the start is dropped.
+class BlockLines {
+public:
+    explicit BlockLines(const std::filesystem::path& path) : file_(std::fopen(path.string().c_str(), "rb")) {
+        if (file_) buffer_.resize(block_size);
+    }
+    ~BlockLines() {
+        if (file_) std::fclose(file_);
+    }
+    BlockLines(const BlockLines&) = delete;
+    BlockLines& operator=(const BlockLines&) = delete;
+
+    bool is_open() const { return file_ != nullptr; }
+
+    bool next(std::string_view& line) {
+        for (;;) {
+            const char* base = buffer_.data();
+            const char* begin = base + begin_;
+            const char* end = base + end_;
+            const char* stop = find_line_end(begin, end);
+            if (stop != end) {
+                // A CR at the end of the block may be the first half of CR LF: read on first.
+                if (*stop == '\r' && stop + 1 == end && !at_eof_) {
+                    refill();
+                    continue;
+                }
+                line = std::string_view(begin, static_cast<std::size_t>(stop - begin));
+                std::size_t next = static_cast<std::size_t>(stop - base) + 1;
+                if (*stop == '\r' && next < end_ && base[next] == '\n') ++next;
+                begin_ = next;
+                return true;
+            }
+            if (at_eof_) {
+                if (begin_ == end_) return false;
+                line = std::string_view(begin, static_cast<std::size_t>(end - begin));
+                begin_ = end_;
+                return true;
+            }
+            refill();
+        }
+    }
+
+private:
+    static constexpr std::size_t block_size = 1 << 20;
+
+    static const char* find_line_end(const char* begin, const char* end) {
+        const std::size_t size = static_cast<std::size_t>(end - begin);
+        const void* lf = std::memchr(begin, '\n', size);
+        const char* limit = lf ? static_cast<const char*>(lf) : end;
+        const void* cr = std::memchr(begin, '\r', static_cast<std::size_t>(limit - begin));
+        return cr ? static_cast<const char*>(cr) : limit;
+    }
+
+    /// Keeps the unfinished line, moves it to the front and reads the next block behind it; a line
+    /// longer than the buffer makes the buffer grow.
+    void refill() {
+        const std::size_t rest = end_ - begin_;
+        if (begin_ > 0 && rest > 0) std::memmove(buffer_.data(), buffer_.data() + begin_, rest);
+        begin_ = 0;
+        end_ = rest;
+        if (buffer_.size() - end_ < block_size / 2) buffer_.resize(buffer_.size() * 2);
+        const std::size_t got = std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, file_);
+        if (got == 0) {
+            if (std::ferror(file_)) throw std::runtime_error("the file could not be read");
+            at_eof_ = true;
+        }
+        if (first_block_) {
+            first_block_ = false;
+            if (got >= 3 && std::memcmp(buffer_.data(), "\xEF\xBB\xBF", 3) == 0) begin_ = 3;
+        }
+        end_ += got;
+    }
+
+    std::FILE* file_;
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    bool at_eof_ = false;
+    bool first_block_ = true;
+};
+
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+std::string_view trim_view(std::string_view text) {
+    std::size_t begin = 0;
+    std::size_t end = text.size();
+    while (begin < end && is_blank(text[begin])) ++begin;
+    while (end > begin && is_blank(text[end - 1])) --end;
+    return text.substr(begin, end - begin);
+}
+
+/// The whole trimmed field as a number, by the rules of is_numeric: sign, digits with one point,
+/// an exponent E or D with an optional sign. False when the field is anything else.
+bool parse_field_number(std::string_view field, double& value) {
+    const std::string_view text = trim_view(field);
+    std::size_t i = 0;
+    bool negative = false;
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+        negative = text[i] == '-';
+        ++i;
+    }
+    const std::size_t body = i;
+    std::size_t digits = 0;
+    while (i < text.size() && is_digit(text[i])) ++i, ++digits;
+    if (i < text.size() && text[i] == '.') {
+        ++i;
+        while (i < text.size() && is_digit(text[i])) ++i, ++digits;
+    }
+    if (digits == 0) return false;
+    if (i < text.size()) {
+        const char e = text[i];
+        if (e != 'E' && e != 'e' && e != 'D' && e != 'd') return false;
+        std::size_t j = i + 1;
+        if (j < text.size() && (text[j] == '+' || text[j] == '-')) ++j;
+        if (j >= text.size() || !is_digit(text[j])) return false;
+        while (j < text.size() && is_digit(text[j])) ++j;
+        if (j != text.size()) return false;
+        if (e == 'D' || e == 'd') {  // from_chars knows only E
+            value = parse_number_prefix(text);
+            return true;
+        }
+    }
+    const auto result = std::from_chars(text.data() + body, text.data() + text.size(), value);
+    if (result.ec != std::errc()) {
+        value = parse_number_prefix(text);  // out of range: the general parser decides
+        return true;
+    }
+    if (negative) value = -value;
+    return true;
+}
+
+/// Roles a column can play, in the order they are decoded when one column plays several.
+enum Role : unsigned {
+    role_x = 1u << 0,
+    role_y = 1u << 1,
+    role_z = 1u << 2,
+    role_value1 = 1u << 3,
+    role_value2 = 1u << 4,
+    role_value3 = 1u << 5,
+    role_line = 1u << 6,
+    role_label = 1u << 7,
+    role_extra = 1u << 8,
+};
+
+/// Hash of texts that also looks up views, so that a label is only copied when it is new.
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+};
+
+/// One pass over a text file.
+class LocationPass {
+public:
+    LocationPass(const LocationFileSettings& settings, int mode, LocationData& data, LocationSummary& summary)
+        : settings_(settings), mode_(mode), data_(data), summary_(summary) {
+        const int columns[] = {settings.x_column,        settings.y_column,        settings.z_column,
+                               settings.value_columns[0], settings.value_columns[1], settings.value_columns[2],
+                               settings.line_column,     settings.label_column,    settings.extra_value_column};
+        for (int column : columns) maximum_column_ = std::max(maximum_column_, column);
+        roles_.assign(static_cast<std::size_t>(maximum_column_) + 1, 0u);
+        for (int r = 0; r < 9; ++r)
+            if (columns[r] > 0) roles_[static_cast<std::size_t>(columns[r])] |= 1u << r;
+        fields_.resize(static_cast<std::size_t>(maximum_column_));
+        step_ = std::max(settings.read_step, 1);
+        transform_on_ = settings.transform.active;
+        if (mode_ == location_fill_pass) {
+            capacity_ = data.locations.rows();
+            locations_ = data.locations.data();
+            values_ = data.values.data();
+        }
+    }
+
+    void run(BlockLines& lines, Dialogue& dialogue) {
+        std::string_view line;
+        for (int skipped = 1; skipped < settings_.first_line; ++skipped)
+            if (!lines.next(line)) return finish();
+        long long line_number = 0;
+        while (lines.next(line)) {
+            if ((line_number++ % step_) != 0) continue;
+            if ((line_number & 0xFFFF) == 0) dialogue.do_events();
+            if (trim_view(line).empty()) continue;
+            take_line(line);
+        }
+        finish();
+    }
+
+private:
+    int split(std::string_view line) {
+        if (maximum_column_ == 0) return 0;
+        int count = 0;
+        if (line.find(',') != std::string_view::npos) {
+            if (line.find('"') != std::string_view::npos) {  // quotes are rare: the general splitter
+                quoted_ = split_fields(line, maximum_column_);
+                for (const std::string& field : quoted_) fields_[static_cast<std::size_t>(count++)] = field;
+                return count;
+            }
+            std::size_t start = 0;
+            for (;;) {
+                const std::size_t cut = line.find(',', start);
+                const std::size_t stop = cut == std::string_view::npos ? line.size() : cut;
+                fields_[static_cast<std::size_t>(count++)] = trim_view(line.substr(start, stop - start));
+                if (cut == std::string_view::npos || count == maximum_column_) break;
+                start = cut + 1;
+            }
+            return count;
+        }
+        std::string_view rest = line;
+        for (; count < maximum_column_; ++count) fields_[static_cast<std::size_t>(count)] = next_word(rest);
+        return count;
+    }
+
+    /// Decodes the fields in column order; false ends the record at a field that must be a number.
+    void decode(int field_count) {
+        for (int k = 1; k <= field_count; ++k) {
+            const unsigned roles = roles_[static_cast<std::size_t>(k)];
+            if (roles == 0) continue;
+            const std::string_view field = fields_[static_cast<std::size_t>(k - 1)];
+            double number = 0;
+            if (roles & (role_x | role_y | role_z | role_value1 | role_value2 | role_value3)) {
+                if (!parse_field_number(field, number)) return;
+                if (roles & role_x) x_ = number;
+                if (roles & role_y) y_ = number;
+                if (roles & role_z) {
+                    z_ = settings_.z_sign_flag == 1 ? -number : number;
+                    z_ += settings_.elevation_offset;
+                }
+                if (roles & role_value1) value_[0] = static_cast<float>(number);
+                if (roles & role_value2) value_[1] = static_cast<float>(number);
+                if (roles & role_value3) value_[2] = static_cast<float>(number);
+            }
+            if (roles & role_line) take_line_name(trim_view(field));
+            if (roles & role_label) {
+                label_ = trim_view(field);
+                if (label_.empty()) label_ = "NA";
+            }
+            if (roles & role_extra) extra_ = parse_number_prefix(trim_view(field));
+        }
+    }
+
+    void take_line_name(std::string_view name) {
+        if (name.empty()) name = "NA";
+        if (line_count_ > 0 && name == line_name_) return;
+        line_name_.assign(name);
+        ++line_count_;
+        if (mode_ == location_fill_pass) {
+            data_.line_names[line_count_] = line_name_;
+            data_.line_starts[line_count_] = count_ + 1;
+        }
+    }
+
+    void take_line(std::string_view line) {
+        x_ = null_value;
+        y_ = null_value;
+        z_ = settings_.z_column > 0 ? null_value : static_cast<double>(settings_.elevation_offset);
+        value_ = {null_value_single, null_value_single, null_value_single};
+        extra_ = 0;
+        label_ = "NA";
+        decode(split(line));
+        if (is_null(x_) || is_null(y_)) return;
+
+        if (transform_on_) apply_point_transform(settings_.transform, map_to_local, x_, y_, z_);
+        if (settings_.has_limits &&
+            (x_ < settings_.x_min || x_ > settings_.x_max || y_ < settings_.y_min || y_ > settings_.y_max))
+            return;
+
+        if (settings_.integration_interval > 0 && has_previous_ && previous_line_ == line_count_) densify();
+        ++count_;
+        for (int c = 0; c < 3; ++c) {
+            if (is_null(value_[static_cast<std::size_t>(c)])) continue;
+            summary_.value_sum[static_cast<std::size_t>(c)] += value_[static_cast<std::size_t>(c)];
+            ++summary_.value_count[static_cast<std::size_t>(c)];
+        }
+        if (mode_ == location_count_pass)
+            keep_range();
+        else
+            store(x_, y_, z_);
+        has_previous_ = true;
+        previous_line_ = line_count_;
+        previous_x_ = x_;
+        previous_y_ = y_;
+        previous_z_ = z_;
+    }
+
+    /// Adds evenly spaced points between the previous reading and this one when they lie further
+    /// apart than the integration interval; they carry this reading's values and label.
+    void densify() {
+        const double interval = settings_.integration_interval;
+        const double d = std::hypot(x_ - previous_x_, y_ - previous_y_);
+        if (!(d > interval)) return;
+        int n = to_integer(d / interval);
+        if (d - interval / 10 > n * interval) ++n;
+        const bool z_known = !is_null(z_) && !is_null(previous_z_);
+        for (int m = 1; m < n; ++m) {
+            const double t = static_cast<double>(m) / n;
+            ++count_;
+            if (mode_ == location_fill_pass)
+                store(previous_x_ + (x_ - previous_x_) * t, previous_y_ + (y_ - previous_y_) * t,
+                      z_known ? previous_z_ + (z_ - previous_z_) * t : null_value);
+        }
+    }
+
+    void keep_range() {
+        auto low = [](auto& minimum, auto value) {
+            if (is_null(minimum) || value < minimum) minimum = value;
+        };
+        auto high = [](auto& maximum, auto value) {
+            if (is_null(maximum) || value > maximum) maximum = value;
+        };
+        low(summary_.x_min, x_);
+        high(summary_.x_max, x_);
+        low(summary_.y_min, y_);
+        high(summary_.y_max, y_);
+        if (!is_null(z_)) {
+            low(summary_.z_min, static_cast<float>(z_));
+            high(summary_.z_max, static_cast<float>(z_));
+        }
+        for (std::size_t c = 0; c < 3; ++c) {
+            if (is_null(value_[c])) continue;
+            low(summary_.value_min[c], value_[c]);
+            high(summary_.value_max[c], value_[c]);
+        }
+    }
+
+    void store(double x, double y, double z) {
+        if (count_ > capacity_) throw std::runtime_error("the file holds more readings than when it was counted");
+        const std::size_t n = static_cast<std::size_t>(count_ - 1);
+        locations_[n * 3] = x;
+        locations_[n * 3 + 1] = y;
+        locations_[n * 3 + 2] = z;
+        values_[n * 3] = value_[0];
+        values_[n * 3 + 1] = value_[1];
+        values_[n * 3 + 2] = value_[2];
+        data_.line_index.data()[n] = line_count_;
+        if (settings_.extra_value_column > 0) data_.extra_values.data()[n] = extra_;
+        if (settings_.label_column > 0) {
+            auto found = label_ids_.find(label_);
+            if (found == label_ids_.end())
+                found = label_ids_.emplace(std::string(label_), static_cast<int>(label_ids_.size()) + 1).first;
+            data_.label_index.data()[n] = found->second;
+        }
+    }
+
+    void finish() {
+        for (std::size_t c = 0; c < 3; ++c)
+            summary_.value_mean[c] =
+                summary_.value_count[c] > 0 ? summary_.value_sum[c] / summary_.value_count[c] : 0.0;
+        if (mode_ == location_count_pass) {
+            data_ = LocationData{};
+            data_.count = count_;
+            data_.line_count = line_count_;
+            if (count_ > 0) {
+                data_.locations.assign(count_, 3, 0.0);
+                data_.values.assign(count_, 3, null_value_single);
+                data_.line_index.assign(count_, 0);
+                if (settings_.extra_value_column > 0) data_.extra_values.assign(count_, 0.0);
+                if (settings_.label_column > 0) data_.label_index.assign(count_, 0);
+            }
+            data_.line_names.assign(line_count_);
+            data_.line_starts.assign(line_count_ + 1, count_ + 1);
+            return;
+        }
+        if (count_ != capacity_ || line_count_ != data_.line_names.size())
+            throw std::runtime_error("the file changed between its two readings");
+        data_.count = count_;
+        data_.line_starts[line_count_ + 1] = count_ + 1;
+        if (settings_.label_column > 0) sort_labels();
+    }
+
+    /// Labels in sorted order, each once; every reading keeps the index of its label there.
+    void sort_labels() {
+        std::vector<std::pair<std::string_view, int>> order;
+        order.reserve(label_ids_.size());
+        for (const auto& [label, id] : label_ids_) order.emplace_back(label, id);
+        std::sort(order.begin(), order.end());
+        std::vector<int> place(order.size() + 1, 0);
+        data_.label_names.assign(static_cast<int>(order.size()));
+        for (std::size_t k = 0; k < order.size(); ++k) {
+            data_.label_names[static_cast<int>(k) + 1] = std::string(order[k].first);
+            place[static_cast<std::size_t>(order[k].second)] = static_cast<int>(k) + 1;
+        }
+        for (int& index : data_.label_index) index = place[static_cast<std::size_t>(index)];
+    }
+
+    const LocationFileSettings& settings_;
+    const int mode_;
+    LocationData& data_;
+    LocationSummary& summary_;
+
+    int maximum_column_ = 0;
+    std::vector<unsigned> roles_;
+    std::vector<std::string_view> fields_;
+    std::vector<std::string> quoted_;
+    int step_ = 1;
+    bool transform_on_ = false;
+
+    int capacity_ = 0;
+    double* locations_ = nullptr;
+    float* values_ = nullptr;
+
+    int count_ = 0;
+    int line_count_ = 0;
+    std::string line_name_;
+    std::unordered_map<std::string, int, TextHash, std::equal_to<>> label_ids_;
+
+    // The record being decoded.
+    double x_ = 0, y_ = 0, z_ = 0;
+    std::array<float, 3> value_{};
+    double extra_ = 0;
+    std::string_view label_;
+
+    bool has_previous_ = false;
+    int previous_line_ = 0;
+    double previous_x_ = 0, previous_y_ = 0, previous_z_ = 0;
+};
+
+}  // namespace
+
+LocationFileSettings location_settings(const InversionDefinition& definition, int slot) {
+    const auto s = static_cast<std::size_t>(slot);
+    LocationFileSettings settings;
+    settings.file = definition.data_file_names.at(s);
+    settings.file_kind = definition.data_file_kinds.at(s);
+    settings.first_line = definition.data_first_lines.at(s);
+    settings.read_step = definition.data_read_steps.at(s);
+    settings.x_column = definition.data_x_columns.at(s);
+    settings.y_column = definition.data_y_columns.at(s);
+    settings.z_column = definition.data_z_columns.at(s);
+    if (slot == 0) {
+        settings.value_columns = definition.data_value_columns;
+        settings.line_column = definition.line_column;
+        settings.extra_value_column = definition.extra_value_column;
+        settings.integration_interval = definition.integration_interval;
+    }
+    settings.transform = definition.coordinate_transform;
+    update_point_transform(settings.transform);
+    return settings;
+}
+
+int read_locations_file(Session& session, const LocationFileSettings& settings, int mode, LocationData& data,
+                        LocationSummary& summary) {
+    const std::string file_name = settings.file.string();
+    try {
+        summary.value_sum = {};
+        summary.value_count = {};
+        summary.value_mean = {};
+        if (mode == location_count_pass) summary = LocationSummary{};
+        if (settings.file_kind == location_kind_database) {
+            session.dialogue.message_box("The database could not be opened\n" + file_name +
+                                         "\nGeosoft databases can only be read with Geosoft's own libraries: export "
+                                         "the database to a CSV or XYZ file and select that file instead.");
+            return -1;
+        }
+        BlockLines lines(settings.file);
+        if (!lines.is_open()) {
+            session.dialogue.message_box("The data file could not be opened: " + file_name);
+            return -1;
+        }
+        LocationPass pass(settings, mode, data, summary);
+        pass.run(lines, session.dialogue);
+        return 0;
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box("An error occurred while reading the data file " + file_name + ": " +
+                                     fault.what());
+        return -1;
+    }
+}
+
+int load_locations_file(Session& session, const LocationFileSettings& settings, LocationData& data,
+                        LocationSummary& summary) {
+    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
+    if (data.count == 0) return 0;
+    return read_locations_file(session, settings, location_fill_pass, data, summary);
+}
+
+}  // namespace invsetup

@@ -1,0 +1,247 @@
+// tests/data/location_file_test.cpp - the point file reader: lines taken, fields decoded, readings
+// transformed, limited and densified, line and label tables, the two passes.
+#include "data/location_file.h"
+
+#include <gtest/gtest.h>
+
+#include "session.h"
+#include "test_support.h"
+
+namespace invsetup {
+namespace {
+
+using testing::TempDir;
+using testing::write_file_bytes;
+
+struct ReadLocations : ::testing::Test {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    TempDir dir;
+    LocationFileSettings settings;
+    LocationData data;
+    LocationSummary summary;
+
+    void SetUp() override {
+        settings.x_column = 1;
+        settings.y_column = 2;
+        settings.z_column = 3;
+        settings.value_columns = {4, 0, 0};
+    }
+    /// Writes the text as the file and reads it with both passes.
+    int load(const std::string& text) {
+        settings.file = dir.path() / "points.csv";
+        write_file_bytes(settings.file, text);
+        return load_locations_file(session, settings, data, summary);
+    }
+    double x(int n) const { return data.locations(n, 1); }
+    double y(int n) const { return data.locations(n, 2); }
+    double z(int n) const { return data.locations(n, 3); }
+};
+
+TEST_F(ReadLocations, RepeatedHeaderAndBlankLinesAreSkippedSilently) {
+    settings.first_line = 2;
+    ASSERT_EQ(load("X,Y,Z,MAG\r\n1,2,3,4\r\n\r\nX,Y,Z,MAG\r\n5,6,7,8\r\n"), 0);
+    ASSERT_EQ(data.count, 2);
+    EXPECT_EQ(x(2), 5);
+    EXPECT_EQ(data.values(2, 1), 8.0f);
+    EXPECT_TRUE(dialogue.messages.empty());
+}
+
+TEST_F(ReadLocations, FirstDataLineSkipsTheLinesBeforeIt) {
+    settings.first_line = 3;  // the first two lines are not looked at, numeric or not
+    ASSERT_EQ(load("1 1 1 1\n2 2 2 2\n3 3 3 3\n"), 0);
+    ASSERT_EQ(data.count, 1);
+    EXPECT_EQ(x(1), 3);
+}
+
+TEST_F(ReadLocations, ReadStepThreeTakesTheFirstLineAndEveryThirdAfterIt) {
+    settings.first_line = 2;
+    ASSERT_EQ(load("x y z v\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n6 0 0 0\n7 0 0 0\n"), 0);
+    settings.read_step = 3;
+    ASSERT_EQ(load("x y z v\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n6 0 0 0\n7 0 0 0\n"), 0);
+    ASSERT_EQ(data.count, 3);
+    EXPECT_EQ(x(1), 1);
+    EXPECT_EQ(x(2), 4);
+    EXPECT_EQ(x(3), 7);
+}
+
+TEST_F(ReadLocations, EveryLineEndIsALineEnd) {
+    ASSERT_EQ(load("1 1 1 1\r2 2 2 2\n3 3 3 3\r\n4 4 4 4"), 0);
+    EXPECT_EQ(data.count, 4);
+    EXPECT_EQ(x(4), 4);
+}
+
+TEST_F(ReadLocations, ALineWithBlanksAndCommasIsSplitAtTheCommas) {
+    ASSERT_EQ(load("1 ,2 , 3,  4 5\n"), 0);
+    ASSERT_EQ(data.count, 1);  // "4 5" is not a number: the record ends with x, y, z known
+    EXPECT_EQ(z(1), 3);
+    EXPECT_TRUE(is_null(data.values(1, 1)));
+}
+
+TEST_F(ReadLocations, QuotedFieldsAreRead) {
+    ASSERT_EQ(load("\"7\",8,9,\"1,5\"\n"), 0);
+    ASSERT_EQ(data.count, 1);
+    EXPECT_EQ(x(1), 7);
+    EXPECT_TRUE(is_null(data.values(1, 1)));  // "1,5" is one field and no number
+}
+
+TEST_F(ReadLocations, ANonNumericFieldEndsTheRecordInColumnOrder) {
+    settings.x_column = 3;
+    settings.y_column = 4;
+    settings.z_column = 0;
+    settings.value_columns = {1, 0, 0};
+    // The value comes first: "*" ends the record before x is read, so the line is no reading.
+    ASSERT_EQ(load("*,0,10,20\n5,0,11,21\n"), 0);
+    ASSERT_EQ(data.count, 1);
+    EXPECT_EQ(x(1), 11);
+    EXPECT_EQ(data.values(1, 1), 5.0f);
+}
+
+TEST_F(ReadLocations, WithoutAZColumnEveryElevationIsTheOffset) {
+    settings.z_column = 0;
+    settings.elevation_offset = 12.5f;
+    ASSERT_EQ(load("1 2 99 4\n"), 0);
+    EXPECT_EQ(z(1), 12.5);
+}
+
+TEST_F(ReadLocations, DepthsTurnIntoElevationsAndTheOffsetIsAdded) {
+    settings.z_sign_flag = 1;
+    settings.elevation_offset = 100;
+    ASSERT_EQ(load("1 2 30 4\n1 2 x 4\n"), 0);
+    ASSERT_EQ(data.count, 2);
+    EXPECT_EQ(z(1), 70);
+    EXPECT_TRUE(is_null(z(2)));  // a missing elevation stays null; the offset is not added to it
+    EXPECT_TRUE(is_null(data.values(2, 1)));
+}
+
+TEST_F(ReadLocations, NumbersFollowTheNumericRules) {
+    settings.z_column = 0;
+    settings.value_columns = {3, 0, 0};
+    ASSERT_EQ(load("+1.5 -2e2 1D2\n.5 3. 4x\n1e 2 3\n"), 0);
+    ASSERT_EQ(data.count, 2);
+    EXPECT_EQ(x(1), 1.5);
+    EXPECT_EQ(y(1), -200);
+    EXPECT_EQ(data.values(1, 1), 100.0f);
+    EXPECT_EQ(x(2), 0.5);
+    EXPECT_TRUE(is_null(data.values(2, 1)));
+}
+
+TEST_F(ReadLocations, TransformAndLimitsApplyToEachReading) {
+    settings.transform.active = true;
+    settings.transform.map_x0 = 1000;
+    settings.transform.map_y0 = 2000;
+    update_point_transform(settings.transform);
+    settings.transform.active = true;
+    settings.has_limits = true;
+    settings.x_min = 0;
+    settings.x_max = 10;
+    settings.y_min = 0;
+    settings.y_max = 10;
+    ASSERT_EQ(load("1005 2005 0 1\n1020 2005 0 1\n1010 2000 0 1\n"), 0);
+    ASSERT_EQ(data.count, 2);  // limits are inclusive and tested in mesh coordinates
+    EXPECT_EQ(x(1), 5);
+    EXPECT_EQ(y(1), 5);
+    EXPECT_EQ(x(2), 10);
+}
+
+TEST_F(ReadLocations, LinesLabelsAndExtraValuesAreTabled) {
+    settings.line_column = 5;
+    settings.label_column = 6;
+    settings.extra_value_column = 7;
+    ASSERT_EQ(load("1 0 0 1 L2 b 7.5\n2 0 0 1 L2 a 1\n3 0 0 1 L1\n4 0 0 1 L2 a 2\n"), 0);
+    ASSERT_EQ(data.count, 4);
+    ASSERT_EQ(data.line_count, 3);
+    EXPECT_EQ(data.line_names[1], "L2");
+    EXPECT_EQ(data.line_names[2], "L1");
+    EXPECT_EQ(data.line_names[3], "L2");
+    EXPECT_EQ(data.line_starts[1], 1);
+    EXPECT_EQ(data.line_starts[2], 3);
+    EXPECT_EQ(data.line_starts[3], 4);
+    EXPECT_EQ(data.line_starts[4], 5);
+    EXPECT_EQ(data.line_index[4], 3);
+    // The short line has no label: "NA" sorts before "a" and "b".
+    ASSERT_EQ(data.label_names.size(), 3);
+    EXPECT_EQ(data.label_names[1], "NA");
+    EXPECT_EQ(data.label_names[2], "a");
+    EXPECT_EQ(data.label_names[3], "b");
+    EXPECT_EQ(data.label_index[1], 3);
+    EXPECT_EQ(data.label_index[2], 2);
+    EXPECT_EQ(data.label_index[3], 1);
+    EXPECT_EQ(data.label_index[4], 2);
+    EXPECT_EQ(data.extra_values[1], 7.5);
+    EXPECT_EQ(data.extra_values[3], 0);
+}
+
+TEST_F(ReadLocations, AnEmptyLineNameIsNA) {
+    settings.line_column = 5;
+    ASSERT_EQ(load("1,0,0,1,\n"), 0);
+    EXPECT_EQ(data.line_names[1], "NA");
+}
+
+TEST_F(ReadLocations, DensifyingFillsGapsAlongALine) {
+    settings.line_column = 5;
+    settings.integration_interval = 3;
+    // 10 apart: 10 / 3 gives 3, and 10 - 0.3 lies beyond 9, so 4 steps of 2.5 and 3 points between.
+    ASSERT_EQ(load("0 0 0 1 A\n10 0 20 2 A\n11 0 0 3 A\n50 0 0 4 B\n"), 0);
+    ASSERT_EQ(data.count, 7);
+    EXPECT_EQ(x(2), 2.5);
+    EXPECT_EQ(z(2), 5);
+    EXPECT_EQ(x(4), 7.5);
+    EXPECT_EQ(data.values(3, 1), 2.0f);  // the points in between carry the reading's values
+    EXPECT_EQ(x(5), 10);
+    EXPECT_EQ(x(6), 11);                 // closer than the interval: nothing added
+    EXPECT_EQ(x(7), 50);                 // another line: nothing added
+    EXPECT_EQ(data.line_starts[2], 7);
+}
+
+TEST_F(ReadLocations, CountingPassKeepsRangesAndMeansWithoutNulls) {
+    settings.file = dir.path() / "points.csv";
+    write_file_bytes(settings.file, "1 5 10 2\n3 -1 -20 *\n2 0 x 4\n2 0 0 4\n");
+    ASSERT_EQ(read_locations_file(session, settings, location_count_pass, data, summary), 0);
+    EXPECT_EQ(data.count, 4);
+    EXPECT_EQ(data.locations.rows(), 4);
+    EXPECT_EQ(summary.x_min, 1);
+    EXPECT_EQ(summary.x_max, 3);
+    EXPECT_EQ(summary.y_min, -1);
+    EXPECT_EQ(summary.z_min, -20.0f);
+    EXPECT_EQ(summary.z_max, 10.0f);
+    EXPECT_EQ(summary.value_min[0], 2.0f);
+    EXPECT_EQ(summary.value_max[0], 4.0f);
+    EXPECT_EQ(summary.value_count[0], 2);
+    EXPECT_EQ(summary.value_mean[0], 3.0);
+    EXPECT_TRUE(is_null(summary.value_min[1]));
+}
+
+TEST_F(ReadLocations, AGeosoftDatabaseFailsWithAdvice) {
+    settings.file_kind = location_kind_database;
+    EXPECT_EQ(load("anything"), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_EQ(dialogue.messages[0].rfind("The database could not be opened", 0), 0u);
+    EXPECT_NE(dialogue.messages[0].find("CSV"), std::string::npos);
+}
+
+TEST_F(ReadLocations, AMissingFileIsReportedByName) {
+    settings.file = dir.path() / "none.csv";
+    EXPECT_EQ(read_locations_file(session, settings, location_count_pass, data, summary), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_NE(dialogue.messages[0].find("none.csv"), std::string::npos);
+}
+
+TEST(LocationSettings, SlotOneTakesTheTopographyColumnsOnly) {
+    InversionDefinition definition;
+    definition.data_file_names[1] = "topo.xyz";
+    definition.data_x_columns = {1, 4};
+    definition.data_z_columns = {3, 6};
+    definition.data_value_columns = {4, 5, 0};
+    definition.integration_interval = 10;
+    const LocationFileSettings settings = location_settings(definition, 1);
+    EXPECT_EQ(settings.file, "topo.xyz");
+    EXPECT_EQ(settings.x_column, 4);
+    EXPECT_EQ(settings.z_column, 6);
+    EXPECT_EQ(settings.value_columns[0], 0);
+    EXPECT_EQ(settings.integration_interval, 0);
+    EXPECT_EQ(settings.elevation_offset, 0);
+}
+
+}  // namespace
+}  // namespace invsetup
