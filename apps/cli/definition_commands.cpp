@@ -93,7 +93,8 @@ void print_form(const FormModel& form, std::ostream& out) {
         for (const Control* control : controls) {
             std::string value;
             if (control->spec->tab != tab || !control_value(*control, value)) continue;
-            out << control_label(*control) << " = " << value;
+            out << control_label(*control) << " =";
+            if (!value.empty()) out << ' ' << value;
             if (!is_shown(form, *control)) out << " [hidden]";
             if (!control->enabled) out << " [disabled]";
             out << '\n';

@@ -86,6 +86,10 @@ int read_command(Session& session, int group) {
 
 int save_command(Session& session) {
     if (check_inversion_definitions(session) < 0) return -1;
+    return choose_and_save_parameter_file(session);
+}
+
+int choose_and_save_parameter_file(Session& session) {
     WorkingDirectoryKeeper keeper(session);
     std::string file_name;
     try {

@@ -15,9 +15,12 @@ inline constexpr const char* form_caption_prefix = "3D inversion setup: ";
 /// unless it was moved on purpose meanwhile.
 int read_command(Session& session, int group);
 
-/// Checks the definition, asks for a file name (".inp" added when it has no extension), asks before
-/// replacing a file, and saves session.definition with the form's description. Returns 0 when
-/// saved, 1 when the person cancelled or declined to overwrite, -1 after a message.
+/// Checks the definition (check_inversion_definitions), then choose_and_save_parameter_file.
+/// Returns 0 when saved, 1 when the person cancelled or declined to overwrite, -1 after a message.
 int save_command(Session& session);
+/// The dialogue part of save_command: asks for a file name (".inp" added when it has no extension),
+/// asks before replacing a file, and saves session.definition with the form's description. The
+/// working directory is put back afterwards. Returns as save_command.
+int choose_and_save_parameter_file(Session& session);
 
 }  // namespace invsetup

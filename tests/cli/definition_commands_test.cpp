@@ -1,0 +1,86 @@
+// tests/cli/definition_commands_test.cpp - `invsetup show` and `invsetup upgrade` as a user runs them.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <sys/wait.h>
+
+#include "test_support.h"
+
+namespace {
+
+using invsetup::testing::TempDir;
+using invsetup::testing::read_file_bytes;
+using invsetup::testing::test_data;
+using invsetup::testing::write_file_bytes;
+
+struct CliRun {
+    int exit_code = -1;
+    std::string out;
+};
+
+// Runs the command line with stderr dropped; the exit status and standard output come back.
+CliRun run_cli(const std::string& arguments) {
+    CliRun run;
+    std::string command = std::string("\"") + INVSETUP_CLI + "\" " + arguments + " 2>/dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return run;
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) run.out.append(buffer, n);
+    int status = pclose(pipe);
+    run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+std::string quoted(const std::filesystem::path& path) { return "\"" + path.string() + "\""; }
+
+std::filesystem::path example_definition() {
+    return test_data("definition").parent_path().parent_path().parent_path() / "examples" / "magnetic" / "inversion.inp";
+}
+
+TEST(ShowCommand, PrintsEveryTabWithTheFormValues) {
+    CliRun run = run_cli("show " + quoted(example_definition()));
+    EXPECT_EQ(run.exit_code, 0);
+    for (const char* heading : {"== Parameters ==", "== Observed Data ==", "== Topo Data ==", "== Mesh ==",
+                                "== Create Inversion =="})
+        EXPECT_NE(run.out.find(heading), std::string::npos) << heading;
+    EXPECT_NE(run.out.find("Combo_inversion_method = 3: UBC Magnetic V5\n"), std::string::npos);
+    EXPECT_NE(run.out.find("Text_data_locations(0) = mag_data.csv"), std::string::npos);
+    EXPECT_EQ(run.out.find("Command_"), std::string::npos);  // buttons hold no value
+}
+
+TEST(ShowCommand, UnreadableFileFailsWithStatusOne) {
+    TempDir dir;
+    EXPECT_EQ(run_cli("show " + quoted(dir.path() / "absent.inp")).exit_code, 1);
+    write_file_bytes(dir.path() / "empty.inp", "\r\n");
+    EXPECT_EQ(run_cli("show " + quoted(dir.path() / "empty.inp")).exit_code, 1);
+}
+
+TEST(ShowCommand, UsageErrorsGiveStatusTwo) {
+    EXPECT_EQ(run_cli("show").exit_code, 2);
+    EXPECT_EQ(run_cli("show " + quoted(example_definition()) + " --group 7").exit_code, 2);
+}
+
+TEST(UpgradeCommand, OlderFileBecomesItsVersionThreeTwin) {
+    TempDir dir;
+    std::filesystem::path upgraded = dir.path() / "upgraded.inp";
+    ASSERT_EQ(run_cli("upgrade " + quoted(test_data("definition/legacy_v1.inp")) + " " + quoted(upgraded)).exit_code, 0);
+    // Every field the old file says, in the current layout: the hand-written twin to the byte.
+    EXPECT_EQ(read_file_bytes(upgraded), read_file_bytes(test_data("definition/twin_v3.inp")));
+}
+
+TEST(UpgradeCommand, CurrentFileKeepsItsBytes) {
+    TempDir dir;
+    std::filesystem::path copy = dir.path() / "copy.inp";
+    ASSERT_EQ(run_cli("upgrade " + quoted(example_definition()) + " " + quoted(copy)).exit_code, 0);
+    EXPECT_EQ(read_file_bytes(copy), read_file_bytes(example_definition()));
+}
+
+TEST(UpgradeCommand, MissingInputFailsAndWritesNothing) {
+    TempDir dir;
+    EXPECT_EQ(run_cli("upgrade " + quoted(dir.path() / "absent.inp") + " " + quoted(dir.path() / "new.inp")).exit_code, 1);
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
+}
+
+}  // namespace
