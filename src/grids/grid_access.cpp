@@ -85,7 +85,6 @@ void read_grid_header(Session& session, const std::string& name, GridWindow& win
         status = -1;
         return;
     }
-    if (placed_tiff) window.header.grid_ints[grid_int::sub_kind] = raster_geotiff;
     window.name = next_temporary_name(state);
     state.temporary_grid_name = window.name;
     grid_ints = window.header.grid_ints;

@@ -2,6 +2,7 @@
 #include "grids/image_record.h"
 
 #include <FreeImage.h>
+#include <cpl_error.h>
 
 #include <algorithm>
 #include <cstring>
@@ -62,7 +63,11 @@ bool load_raster(ImageRecord& record, bool load_pixels) {
     if (format == FIF_UNKNOWN) format = FreeImage_GetFIFFromFilename(name.c_str());
     if (format == FIF_UNKNOWN) return false;
     const int flags = !load_pixels && FreeImage_FIFSupportsNoPixels(format) ? FIF_LOAD_NOPIXELS : 0;
+    // GDAL owns the TIFF library's error handler in this process; FreeImage's TIFF reader complains
+    // through it about tags it doesn't know, which is no fault of the picture.
+    CPLPushErrorHandler(CPLQuietErrorHandler);
     Bitmap bitmap(FreeImage_Load(format, name.c_str(), flags));
+    CPLPopErrorHandler();
     if (!bitmap) return false;
     record.width = static_cast<int>(FreeImage_GetWidth(bitmap.get()));
     record.height = static_cast<int>(FreeImage_GetHeight(bitmap.get()));
