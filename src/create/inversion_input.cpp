@@ -116,7 +116,7 @@ std::string zarninv3d_matrix_line(const InversionDefinition& definition, const s
 std::string vector_direction_line(const InversionDefinition& definition) {
     const double inclination = definition.mag_inclination * 0.017453292;
     const double declination = definition.mag_declination * 0.017453292;
-    return "3 1," + format_picture(std::cos(inclination) * std::sin(declination), "0.0000") + " 2,1," +
+    return "3 1,1," + format_picture(std::cos(inclination) * std::sin(declination), "0.0000") + " 2,1," +
            format_picture(std::cos(inclination) * std::cos(declination), "0.0000") + " 3,1," +
            format_picture(std::sin(inclination), "0.0000") + " RMS";
 }
