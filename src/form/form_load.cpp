@@ -75,13 +75,21 @@ void load_inversion_parameters(Session& session) {
         definition.data_types[i] = record.data_types[i];
         definition.calculation_data_types[i] = record.calculation_data_types[i];
     }
+    // Codes that no row carries (the tensor components, VMI) stay in the definition although the
+    // list can show none of them: the walk's pass through "no selection" must not lose them.
     for (int index = 0; index <= 2; ++index) {
-        const int code = record.data_types[static_cast<std::size_t>(index)];
-        if (code > -1) select_code(form, "Combo_data_type", index, code, form.row_count("Combo_data_type", index));
+        const std::size_t i = static_cast<std::size_t>(index);
+        const int code = record.data_types[i];
+        if (code <= -1) continue;
+        select_code(form, "Combo_data_type", index, code, form.row_count("Combo_data_type", index));
+        if (form.list_index("Combo_data_type", index) < 0) definition.data_types[i] = code;
     }
-    if (record.calculation_data_types[0] >= 0)
+    if (record.calculation_data_types[0] >= 0) {
         select_code(form, "Combo_optional_data_type", 0, record.calculation_data_types[0],
                     form.row_count("Combo_data_type", 0));
+        if (form.list_index("Combo_optional_data_type", 0) < 0)
+            definition.calculation_data_types[0] = record.calculation_data_types[0];
+    }
 
     // A mode that fits no row leaves the list without a selection; the stored mode stays.
     form.select_item_data("Combo_inversion_mode", no_index, record.inversion_mode);

@@ -71,6 +71,20 @@ TEST_F(LoadForm, DataTypeListsAreWalkedByItemData) {
     EXPECT_EQ(form.list_index("Combo_optional_data_type", 0), -1);
 }
 
+TEST_F(LoadForm, TypesWithoutARowSurviveTheLoad) {
+    // VMI and the tensor components come only from files; losing them would change the run.
+    record.data_type_count = 2;
+    record.data_types[0] = 100;
+    record.data_types[1] = 13;
+    load();
+    EXPECT_EQ(form.list_index("Combo_data_type", 0), -1);
+    EXPECT_EQ(definition.data_types[0], 100);
+    EXPECT_EQ(definition.data_types[1], 13);
+    form.set_list_index("Tab_inversion", 1);
+    EXPECT_EQ(form.control("Label_obs_data", 0).caption, "VMI data");
+    EXPECT_EQ(form.control("Label_obs_data", 1).caption, "Obs data");
+}
+
 TEST_F(LoadForm, InHouseMagneticTypeEndsWithTheFieldFrameShown) {
     record.data_types[0] = 3;
     load();
