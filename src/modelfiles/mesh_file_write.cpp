@@ -102,7 +102,7 @@ std::vector<std::string> mesh_file_lines(const InversionMesh& mesh, const MeshFi
         std::string buffer;
         for (int j = request.first_y; j <= request.last_y; ++j) {
             for (int i = request.first_x; i <= request.last_x; ++i) {
-                buffer += format_picture(topo(i, j), "0.00");
+                append_picture(buffer, topo(i, j), "0.00");
                 buffer += "  ";
                 if (buffer.size() > topo_line_limit) {
                     lines.push_back(std::move(buffer));
