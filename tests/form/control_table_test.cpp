@@ -147,16 +147,5 @@ TEST(ControlTable, ListRowsAreTheForms) {
     EXPECT_EQ(form.control("StatusBar_coords").rows.size(), 6u);
 }
 
-TEST(ControlTable, TabsAndFramesPlaceTheControls) {
-    FormModel form;
-    EXPECT_EQ(form.control("Text_percent_error").spec->tab, 1);
-    EXPECT_EQ(form.control("Text_data_locations", 1).spec->tab, 2);
-    EXPECT_EQ(form.control("Text_num_cells", 8).spec->tab, 3);
-    EXPECT_EQ(form.control("Dir1").spec->tab, 4);
-    EXPECT_EQ(form.control("UpDown_clip", 10).spec->tab, -1);
-    EXPECT_EQ(form.control("Text_weighting_beta").spec->frame, "Frame_specify_weighting");
-    EXPECT_EQ(form.control("Form_mag3d").spec->kind, ControlKind::frame);
-}
-
 }  // namespace
 }  // namespace invsetup

@@ -231,14 +231,5 @@ TEST_F(FormBehaviour, TabClickCaptionsTheValueColumns) {
     EXPECT_EQ(form.control("Label_obs_data", 0).caption, "Grav data");
 }
 
-TEST_F(FormBehaviour, PlainValueHandlersStoreTheirState) {
-    form.set_list_index("Combo_tile_order", 2, 1);
-    form.set_list_index("Combo_positivity", 3);
-    form.set_checked("Check_topo_shift", false);
-    EXPECT_EQ(session.definition.tile_order[2], 1);
-    EXPECT_EQ(session.definition.positivity_flag, 3);
-    EXPECT_EQ(session.definition.topo_shift_option, 0);
-}
-
 }  // namespace
 }  // namespace invsetup
