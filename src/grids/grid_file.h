@@ -29,7 +29,7 @@ inline constexpr int raster_geotiff = 2;   // a TIFF placed by its own tags
 /// Slots of grid_ints (1-based).
 namespace grid_int {
 inline constexpr int kind = 1;
-inline constexpr int sub_kind = 2;        // raster sub-kind; for GDAL grids the band count read (1)
+inline constexpr int sub_kind = 2;        // raster sub-kind (raster_...); 1 for any other grid
 inline constexpr int bands = 3;           // bands in the file
 inline constexpr int has_null = 4;        // 1 when the file declares a null (no-data) value
 inline constexpr int raster_width = 7;    // size of the raster form: width in pixels

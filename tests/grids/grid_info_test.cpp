@@ -1,0 +1,70 @@
+// tests/grids/grid_info_test.cpp - the grid-info command of the command line.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "test_support.h"
+
+namespace invsetup {
+namespace {
+
+using testing::TempDir;
+using testing::read_file_bytes;
+using testing::write_file_bytes;
+
+struct CommandResult {
+    int exit_code;
+    std::string out;
+    std::string err;
+};
+
+CommandResult run_grid_info(const TempDir& dir, const std::filesystem::path& file) {
+    const auto out = dir.path() / "out.txt";
+    const auto err = dir.path() / "err.txt";
+    const std::string command = std::string("\"") + INVSETUP_CLI + "\" grid-info \"" + file.string() + "\" >\"" +
+                                out.string() + "\" 2>\"" + err.string() + "\"";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file_bytes(out), read_file_bytes(err)};
+}
+
+TEST(GridInfoCommand, PrintsSizeLimitsAndStatistics) {
+    TempDir dir;
+    write_file_bytes(dir.path() / "small.grd", "DSAA\n3 2\n100 120\n200 210\n0 4\n0 1 2\n3 4 1.70141e38\n");
+    const CommandResult result = run_grid_info(dir, dir.path() / "small.grd");
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    for (const char* line : {"Columns: 3\n", "Rows: 2\n", "X minimum: 100\n", "X maximum: 120\n", "Y spacing: 10\n",
+                             "Present values: 5\n", "Null values: 1\n", "Mean: 2\n", "Maximum: 4\n"})
+        EXPECT_NE(result.out.find(line), std::string::npos) << line << " in\n" << result.out;
+}
+
+TEST(GridInfoCommand, PrintsWhereAPictureLies) {
+    TempDir dir;
+    // A 1 x 1 BMP is small enough to write by hand: 24-bit, one blue pixel padded to 4 bytes.
+    const std::string bmp = std::string("BM") + std::string("\x3a\0\0\0", 4) + std::string(4, '\0') +
+                            std::string("\x36\0\0\0", 4) + std::string("\x28\0\0\0", 4) + std::string("\x01\0\0\0", 4) +
+                            std::string("\x01\0\0\0", 4) + std::string("\x01\0\x18\0", 4) + std::string(4, '\0') +
+                            std::string("\x04\0\0\0", 4) + std::string(16, '\0') + std::string("\xff\0\0\0", 4);
+    write_file_bytes(dir.path() / "dot.bmp", bmp);
+    write_file_bytes(dir.path() / "dot.bpw", "10\n0\n0\n-10\n500005\n7000095\n");
+    const CommandResult result = run_grid_info(dir, dir.path() / "dot.bmp");
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_NE(result.out.find("Georeference: world file"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("X minimum: 500005\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("Y maximum: 7000095\n"), std::string::npos) << result.out;
+}
+
+TEST(GridInfoCommand, UnreadableFileFailsWithTheMessage) {
+    TempDir dir;
+    write_file_bytes(dir.path() / "notes.grd", "not a grid\n");
+    const CommandResult result = run_grid_info(dir, dir.path() / "notes.grd");
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_NE(result.err.find("Failed to determine grid format"), std::string::npos) << result.err;
+    const CommandResult missing = run_grid_info(dir, dir.path() / "absent.grd");
+    EXPECT_EQ(missing.exit_code, 1);
+    EXPECT_NE(missing.err.find("does not exist"), std::string::npos) << missing.err;
+}
+
+}  // namespace
+}  // namespace invsetup
