@@ -1,6 +1,17 @@
 // src/data/observed_data.cpp - conditioning and binning of the observed data.
 #include "data/observed_data.h"
 
+#include <cmath>
+#include <stdexcept>
+
+#include "data/location_file.h"
+#include "data/topography.h"
+#include "grids/grid_access.h"
+#include "grids/grid_file.h"
+#include "grids/interval_search.h"
+#include "session.h"
+#include "support/numbers.h"
+
 namespace invsetup {
 
 void ObservationBins::size_bins(int nx, int ny) {
@@ -13,6 +24,350 @@ void ObservationBins::size_bins(int nx, int ny) {
     bin_value3.assign(nx + 1, ny + 1, 0.0);
     bin_extra.assign(nx + 1, ny + 1, 0.0);
     bin_label.assign(nx + 1, ny + 1, std::string());
+    bin_total = 0;
+}
+
+bool is_input_null(double value) {
+    return value < -1e30 || std::fabs(value + 99999) < 1 || std::fabs(value + 9999) < 0.1 ||
+           std::fabs(value + 999) < 0.01;
+}
+
+namespace {
+
+/// The columns of the mesh that take readings: x_first..x_end - 1 and y_first..y_end - 1 as cells,
+/// x_nodes[x_first] up to (not including) x_nodes[x_end] as coordinates.
+struct AcceptedRange {
+    int x_first = 1, x_end = 1, y_first = 1, y_end = 1;
+    bool empty() const { return x_end <= x_first || y_end <= y_first; }
+};
+
+AcceptedRange accepted_range(const Session& session) {
+    const InversionMesh& mesh = session.mesh;
+    AcceptedRange range;
+    // Padding cells are left out by a fixed four on each side, whatever the padding list holds:
+    // readings there would only pull the outer model.
+    const int margin = session.definition.add_mesh_padding != 0 ? 4 : 0;
+    range.x_first = 1 + margin;
+    range.x_end = mesh.nx + 1 - margin;
+    range.y_first = 1 + margin;
+    range.y_end = mesh.ny + 1 - margin;
+    return range;
+}
+
+/// A hundredth of a cell; a full unit for map coordinates in the millions, whose last digits can't
+/// hold a hundredth of a cell.
+float node_tolerance(double cell_size, const Array1<double>& nodes, int n) {
+    float tolerance = static_cast<float>(cell_size / 100);
+    if ((std::fabs(nodes[1]) > 1000000 || std::fabs(nodes[n]) > 1000000) && tolerance < 1) tolerance = 1;
+    return tolerance;
+}
+
+/// The regional terms apply to the first value only; the arithmetic is that of single reals.
+double regional_value(double value, const InversionDefinition& d) {
+    return static_cast<double>((static_cast<float>(value) - d.regional_base) * d.regional_scale);
+}
+
+/// Moves the progress bar when the whole percent has grown.
+class Progress {
+public:
+    explicit Progress(Dialogue& dialogue) : dialogue_(dialogue) {}
+    void show(double fraction) {
+        const int percent = to_integer(fraction * 100);
+        if (percent <= last_) return;
+        last_ = percent;
+        dialogue_.progress(percent);
+        dialogue_.do_events();
+    }
+
+private:
+    Dialogue& dialogue_;
+    int last_ = 0;
+};
+
+/// The reading being conditioned.
+struct Reading {
+    double x = 0, y = 0, z = 0;
+    double value1 = null_value, value2 = null_value;
+    double extra = 0;
+    const std::string* label = nullptr;
+};
+
+int process_point_file(Session& session, const PointTransform& working_transform, const AcceptedRange& range,
+                       float x_tolerance, float y_tolerance) {
+    const InversionDefinition& d = session.definition;
+    const InversionMesh& mesh = session.mesh;
+    ObservationBins& bins = session.bins;
+    ObservationList& list = session.readings;
+
+    LocationFileSettings settings = location_settings(d, 0);
+    settings.transform = working_transform;
+    LocationData data;
+    LocationSummary summary;
+    if (load_locations_file(session, settings, data, summary) < 0) return -1;
+    const int count = data.count;
+    list.read_count = count;
+
+    const bool keep_list = d.values_per_cell != 1;
+    if (keep_list) {
+        list.obs_values.assign(7, count, 0.0);
+        list.obs_cells.assign(count, 2, 0);
+        list.obs_labels.assign(count);
+    }
+    list.obs_count = 0;
+    if (count == 0 || range.empty()) return 0;
+
+    const bool nulls_kept = d.integration_interval > 0;
+    const bool has_z = d.data_z_columns[0] > 0;
+    const bool use_topography = d.topo_type == 0;
+    const double x_low = mesh.x_nodes[range.x_first], x_high = mesh.x_nodes[range.x_end];
+    const double y_low = mesh.y_nodes[range.y_first], y_high = mesh.y_nodes[range.y_end];
+    const double mesh_top = mesh.z_nodes[1];
+    const float minimum_height = d.elevation_offsets[2];
+    static const std::string no_label;
+    Progress progress(session.dialogue);
+
+    for (int n = 1; n <= count; ++n) {
+        progress.show(static_cast<double>(n - 1) / count);
+        Reading r;
+        r.x = data.locations(n, 1);
+        r.y = data.locations(n, 2);
+        r.z = 0;
+        if (has_z) {
+            r.z = data.locations(n, 3);
+            if (is_input_null(r.z)) continue;
+        }
+        r.z += d.elevation_offsets[0];
+
+        const double v1 = data.values(n, 1);
+        if (is_input_null(v1)) {
+            if (!nulls_kept) continue;
+            r.value1 = null_value;
+        } else {
+            r.value1 = regional_value(v1, d);
+        }
+        if (d.data_type_count >= 2) {
+            const double v2 = data.values(n, 2);
+            if (is_input_null(v2)) {
+                if (!nulls_kept) continue;
+                r.value2 = null_value;
+            } else {
+                r.value2 = v2;
+            }
+        }
+        // The third value is read only to be tested: its slot carries the distance to the centre.
+        if (d.data_type_count >= 3 && !nulls_kept && is_input_null(data.values(n, 3))) continue;
+        r.label = d.line_column > 0 ? &data.line_names[data.line_index[n]] : &no_label;
+        if (d.extra_value_column > 0) r.extra = data.extra_values[n];
+
+        if (!(r.x >= x_low && r.x < x_high && r.y >= y_low && r.y < y_high)) continue;
+        const int i = interval_search(mesh.x_nodes, r.x);
+        const int j = interval_search(mesh.y_nodes, r.y);
+        // The forward calculation can't take a reading on a cell's edge.
+        if (std::fabs(r.x - mesh.x_nodes[i]) < x_tolerance) r.x += x_tolerance;
+        if (std::fabs(r.x - mesh.x_nodes[i + 1]) < x_tolerance) r.x -= x_tolerance;
+        if (std::fabs(r.y - mesh.y_nodes[j]) < y_tolerance) r.y += y_tolerance;
+        if (std::fabs(r.y - mesh.y_nodes[j + 1]) < y_tolerance) r.y -= y_tolerance;
+
+        double topography = mesh_top;
+        if (use_topography) {
+            topography = topo_elevation_at(session.topography, r.x, r.y);
+            if (is_null(topography)) continue;
+        }
+        if (d.sensor_height_type == 0) r.z += topography;
+        if (minimum_height > 0 && r.z - topography < minimum_height) {
+            ++list.shift_count;
+            list.shift_sum += topography + minimum_height - r.z;
+            r.z = topography + minimum_height;
+        }
+
+        const double distance = std::hypot(r.x - mesh.x_centres[i], r.y - mesh.y_centres[j]);
+        ++list.obs_count;
+        if (keep_list) {
+            const int k = list.obs_count;
+            list.obs_values(1, k) = r.x;
+            list.obs_values(2, k) = r.y;
+            list.obs_values(3, k) = r.z;
+            list.obs_values(4, k) = r.value1;
+            list.obs_values(5, k) = r.value2;
+            list.obs_values(6, k) = distance;
+            list.obs_values(7, k) = r.extra;
+            list.obs_cells(k, 1) = i;
+            list.obs_cells(k, 2) = j;
+            if (d.line_column > 0) list.obs_labels[k] = *r.label;
+        }
+
+        // Each bin keeps the reading nearest to its centre; of equal distances the first.
+        if (bins.bin_used(i, j) == 0) {
+            ++bins.bin_total;
+            bins.bin_used(i, j) = 1;
+        } else if (!(distance < bins.bin_value3(i, j))) {
+            continue;
+        }
+        bins.bin_x(i, j) = r.x;
+        bins.bin_y(i, j) = r.y;
+        bins.bin_z(i, j) = r.z;
+        bins.bin_value1(i, j) = r.value1;
+        bins.bin_value2(i, j) = r.value2;
+        bins.bin_value3(i, j) = distance;
+        bins.bin_extra(i, j) = r.extra;
+        if (d.line_column > 0) bins.bin_label(i, j) = *r.label;
+    }
+    return 0;
+}
+
+/// Reads the grid `name` for the area; -1 after the grid layer's message.
+int read_area_grid(Session& session, const std::string& name, double x_min, double x_max, double y_min,
+                   double y_max, GridWindow& window) {
+    std::string grid_text;
+    Array1<int> grid_ints(grid_int_count);
+    Array1<double> grid_reals(grid_real_count);
+    int status = 0;
+    read_grid_header(session, name, window, grid_text, grid_ints, grid_reals, x_min, x_max, y_min, y_max, status);
+    return status < 0 ? -1 : 0;
+}
+
+/// The centres of one mesh row, x_first..x_end - 1, in the grids' coordinates.
+void row_centres(const InversionMesh& mesh, const PointTransform& transform, const AcceptedRange& range, int j,
+                 std::vector<double>& x, std::vector<double>& y) {
+    x.clear();
+    y.clear();
+    for (int i = range.x_first; i < range.x_end; ++i) {
+        double cx = mesh.x_centres[i], cy = mesh.y_centres[j], cz = 0;
+        if (transform.active) apply_point_transform(transform, local_to_map, cx, cy, cz);
+        x.push_back(cx);
+        y.push_back(cy);
+    }
+}
+
+int process_grids(Session& session, const PointTransform& transform, const AcceptedRange& range) {
+    const InversionDefinition& d = session.definition;
+    const InversionMesh& mesh = session.mesh;
+    ObservationBins& bins = session.bins;
+    ObservationList& list = session.readings;
+
+    // The area of the mesh with one cell's margin, asked in the grids' own coordinates.
+    double x_min = mesh.x_nodes[1] - mesh.dx[1], x_max = mesh.x_nodes[mesh.nx + 1] + mesh.dx[mesh.nx];
+    double y_min = mesh.y_nodes[1] - mesh.dy[1], y_max = mesh.y_nodes[mesh.ny + 1] + mesh.dy[mesh.ny];
+    if (transform.active) transform_grid_extents(transform, local_to_map, x_min, x_max, y_min, y_max);
+
+    const int grid_count = std::min(std::max(d.data_type_count, 1), 3);
+    std::vector<GridWindow> grids(static_cast<std::size_t>(grid_count));
+    for (int g = 0; g < grid_count; ++g)
+        if (read_area_grid(session, d.data_file_names[static_cast<std::size_t>(2 + g)], x_min, x_max, y_min, y_max,
+                           grids[static_cast<std::size_t>(g)]) < 0)
+            return -1;
+
+    std::vector<double> x, y;
+    std::vector<double> values[3];
+    Progress progress(session.dialogue);
+    const bool use_topography = d.topo_type == 0;
+    if (!range.empty()) {
+        for (int j = range.y_first; j < range.y_end; ++j) {
+            row_centres(mesh, transform, range, j, x, y);
+            for (int g = 0; g < 3; ++g) values[g].assign(x.size(), null_value);
+            for (int g = 0; g < grid_count; ++g)
+                GEO_CELL_INTERPOLATION(grids[static_cast<std::size_t>(g)], x, y, values[g]);
+            for (int i = range.x_first; i < range.x_end; ++i) {
+                const std::size_t c = static_cast<std::size_t>(i - range.x_first);
+                if (is_null(values[0][c])) continue;
+                double elevation = d.elevation_offsets[0];
+                if (d.sensor_height_type != 1)
+                    elevation += use_topography ? static_cast<double>(session.topography.topo_grid(i, j))
+                                                : mesh.z_nodes[1];
+                ++bins.bin_total;
+                bins.bin_used(i, j) = 1;
+                bins.bin_x(i, j) = mesh.x_centres[i];
+                bins.bin_y(i, j) = mesh.y_centres[j];
+                bins.bin_z(i, j) = elevation;
+                bins.bin_value1(i, j) = regional_value(values[0][c], d);
+                bins.bin_value2(i, j) = values[1][c];
+                bins.bin_value3(i, j) = values[2][c];
+            }
+            progress.show(static_cast<double>(j - 1) / mesh.ny);
+        }
+    }
+    grids.clear();  // the parts read live in memory: nothing is left on disc
+
+    const std::string& sensor_name = d.data_file_names[5];
+    if (sensor_name.empty() || range.empty()) return 0;
+    GridWindow sensor;
+    if (read_area_grid(session, sensor_name, x_min, x_max, y_min, y_max, sensor) < 0) return -1;
+    const float minimum_height = d.elevation_offsets[2];
+    for (int j = range.y_first; j < range.y_end; ++j) {
+        row_centres(mesh, transform, range, j, x, y);
+        values[0].assign(x.size(), null_value);
+        GEO_CELL_INTERPOLATION(sensor, x, y, values[0]);
+        for (int i = range.x_first; i < range.x_end; ++i) {
+            if (bins.bin_used(i, j) <= 0) continue;
+            const double height = values[0][static_cast<std::size_t>(i - range.x_first)];
+            if (is_null(height)) {  // no elevation, no reading; bin_total keeps counting it
+                bins.bin_used(i, j) = 0;
+                continue;
+            }
+            double& z = bins.bin_z(i, j);
+            z += height;
+            if (minimum_height > 0) {
+                const double topography =
+                    use_topography ? static_cast<double>(session.topography.topo_grid(i, j)) : mesh.z_nodes[1];
+                if (z - topography < minimum_height) {
+                    ++list.shift_count;
+                    list.shift_sum += topography + minimum_height - z;
+                    z = topography + minimum_height;
+                }
+            }
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+int process_inversion_data(Session& session, const PointTransform& working_transform) {
+    try {
+        session.dialogue.progress(0);
+        const InversionDefinition& d = session.definition;
+        const InversionMesh& mesh = session.mesh;
+        ObservationBins& bins = session.bins;
+        ObservationList& list = session.readings;
+
+        if (bins.bin_used.rows() != mesh.nx + 1 || bins.bin_used.columns() != mesh.ny + 1)
+            bins.size_bins(mesh.nx, mesh.ny);
+        bins.bin_total = 0;
+        list.obs_count = 0;
+        list.read_count = 0;
+        list.shift_count = 0;
+        list.shift_sum = 0;
+
+        const float x_tolerance = node_tolerance(d.mesh_cell_size[0], mesh.x_nodes, mesh.nx);
+        const float y_tolerance = node_tolerance(d.mesh_cell_size[1], mesh.y_nodes, mesh.ny);
+        const AcceptedRange range = accepted_range(session);
+
+        const int status = d.obs_data_file_type == 1
+                               ? process_grids(session, working_transform, range)
+                               : process_point_file(session, working_transform, range, x_tolerance, y_tolerance);
+        if (status < 0) return -1;
+
+        if (list.shift_count > 0) {
+            std::string progress = session.form.text("Text_progress");
+            progress += "Number of data points shifted: " + format_picture(list.shift_count, "0") +
+                        " average shift: " + format_picture(list.shift_sum / list.shift_count, "0.0") + "\r\n";
+            session.form.set_text("Text_progress", std::move(progress));
+        }
+        if (bins.bin_total < 10)
+            session.dialogue.message_box("Warning: The number of inversion data defined is only " +
+                                         format_picture(bins.bin_total, "0"));
+        return 0;
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box("An error occurred while processing the inversion data: " +
+                                     std::string(fault.what()));
+        return -1;
+    }
+}
+
+int process_inversion_data(Session& session) {
+    PointTransform transform = session.definition.coordinate_transform;
+    update_point_transform(transform);
+    return process_inversion_data(session, transform);
 }
 
 }  // namespace invsetup

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "support/array1.h"
+#include "support/point_transform.h"
 
 namespace invsetup {
 struct Session;
@@ -18,8 +19,12 @@ struct ObservationBins {
     Array2<double> bin_value3;
     Array2<double> bin_extra;
     Array2<std::string> bin_label;
+    /// Bins filled by process_inversion_data.
+    int bin_total = 0;
+    /// Readings per cell of the observation file being written, (nx, ny); the writer's own.
+    Array2<int> bin_count;
 
-    /// Sizes every table (nx + 1) by (ny + 1), cleared.
+    /// Sizes every table (nx + 1) by (ny + 1), cleared; bin_total 0.
     void size_bins(int nx, int ny);
 };
 
@@ -30,6 +35,27 @@ struct ObservationList {
     Array2<double> obs_values;    // (7, n)
     Array2<int> obs_cells;        // (n, 2): X and Y cell
     Array1<std::string> obs_labels;
+    /// Readings the point file gave (its reader's count, densified points included); 0 for grids.
+    int read_count = 0;
+    /// Readings moved up to the minimum height above the topography, and the sum of the moves.
+    int shift_count = 0;
+    double shift_sum = 0;
 };
+
+/// The null tests of input values: below -1e30, or within 1 of -99999, 0.1 of -9999 or 0.01 of -999.
+bool is_input_null(double value);
+
+/// Reads the observed data of session.definition (point file, or up to three grids and the optional
+/// sensor elevation grid), conditions each reading and bins it on session.mesh: session.bins keeps
+/// the reading nearest to each column's centre, session.readings the list when values_per_cell is not 1.
+/// Needs session.mesh, and session.topography when topo_type is 0 (the triangulation for point files,
+/// topo_grid for grids). session.bins is sized (nx + 1) by (ny + 1) by the driver beforehand; bins of
+/// another size are sized here. `working_transform` takes map coordinates to the mesh's (applied
+/// when active): the definition's transform, or the loaded mesh's in refinement mode.
+/// Returns 0, or -1 after the point reader's, the grid reader's or the trap's message. Fewer than 10
+/// filled bins warn and still succeed.
+int process_inversion_data(Session& session, const PointTransform& working_transform);
+/// The same with the definition's coordinate transform.
+int process_inversion_data(Session& session);
 
 }  // namespace invsetup

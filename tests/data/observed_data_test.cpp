@@ -1,0 +1,272 @@
+// tests/data/observed_data_test.cpp - conditioning and binning of point files and grids on a small
+// mesh built by hand: ten cells of 25 m each way, top at 50.
+#include "data/observed_data.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "session.h"
+#include "support/numbers.h"
+#include "test_support.h"
+
+namespace invsetup {
+namespace {
+
+using testing::TempDir;
+using testing::write_file_bytes;
+
+void build_mesh(InversionMesh& mesh, double x0, double y0) {
+    mesh.nx = 10;
+    mesh.ny = 10;
+    mesh.nz = 2;
+    mesh.size_arrays();
+    for (int i = 1; i <= 10; ++i) mesh.dx[i] = mesh.dy[i] = 25;
+    mesh.dz[1] = mesh.dz[2] = 10;
+    mesh.x_nodes[1] = x0;
+    mesh.y_nodes[1] = y0;
+    mesh.z_nodes[1] = 50;
+    lay_nodes(mesh);
+}
+
+struct ProcessData : ::testing::Test {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    TempDir dir;
+
+    void SetUp() override {
+        build_mesh(session.mesh, 0, 0);
+        InversionDefinition& d = session.definition;
+        d.obs_data_file_type = 0;
+        d.data_x_columns = {1, 0};
+        d.data_y_columns = {2, 0};
+        d.data_z_columns = {3, 0};
+        d.data_value_columns = {4, 5, 6};
+        d.data_first_lines = {1, 1};
+        d.data_read_steps = {1, 1};
+        d.data_type_count = 1;
+        d.topo_type = 1;
+        d.sensor_height_type = 1;
+        d.regional_base = 0;
+        d.regional_scale = 1;
+        d.add_mesh_padding = 0;
+        d.mesh_cell_size = {25, 25, 10, 0};
+        d.values_per_cell = 1;
+        d.integration_interval = 0;
+        session.bins.size_bins(10, 10);
+    }
+    int process(const std::string& text) {
+        session.definition.data_file_names[0] = (dir.path() / "obs.csv").string();
+        write_file_bytes(dir.path() / "obs.csv", text);
+        return process_inversion_data(session);
+    }
+    const ObservationBins& bins() const { return session.bins; }
+};
+
+TEST_F(ProcessData, NullBandsOfTheFirstValueDropTheReading) {
+    // One reading per cell along the first row: -99999.5 and -9999.05 are null, -999.05 is not
+    // (its band is 0.01 wide), -999.005 is.
+    ASSERT_EQ(process("10,10,0,-99999.5\n35,10,0,-9999.05\n60,10,0,-999.05\n85,10,0,-999.005\n110,10,0,7\n"), 0);
+    EXPECT_EQ(bins().bin_total, 2);
+    EXPECT_EQ(bins().bin_used(3, 1), 1);
+    EXPECT_NEAR(bins().bin_value1(3, 1), -999.05, 1e-4);
+    EXPECT_EQ(bins().bin_used(1, 1) + bins().bin_used(2, 1) + bins().bin_used(4, 1), 0);
+}
+
+TEST_F(ProcessData, WithAnIntegrationIntervalANullValueStaysButANullElevationDoesNot) {
+    InversionDefinition& d = session.definition;
+    d.integration_interval = 1000;  // no two readings that far apart: nothing is densified
+    d.line_column = 7;
+    ASSERT_EQ(process("10,10,0,-99999.5,0,0,A\n35,10,-9999,5,0,0,B\n60,10,0,-999.001,0,0,C\n"), 0);
+    EXPECT_EQ(bins().bin_total, 2);
+    EXPECT_TRUE(is_null(bins().bin_value1(1, 1)));
+    EXPECT_TRUE(is_null(bins().bin_value1(3, 1)));
+    EXPECT_EQ(bins().bin_used(2, 1), 0);
+    EXPECT_EQ(bins().bin_label(3, 1), "C");
+}
+
+TEST_F(ProcessData, RegionalTermsApplyToTheFirstValueOnly) {
+    InversionDefinition& d = session.definition;
+    d.data_type_count = 2;
+    d.regional_base = 100;
+    d.regional_scale = 2;
+    ASSERT_EQ(process("10,10,0,150.5,150.5\n"), 0);
+    EXPECT_EQ(bins().bin_value1(1, 1), 101);
+    EXPECT_EQ(bins().bin_value2(1, 1), 150.5);
+}
+
+TEST_F(ProcessData, ASecondOrThirdNullValueDropsTheReadingToo) {
+    session.definition.data_type_count = 3;
+    ASSERT_EQ(process("10,10,0,1,2,-999\n35,10,0,1,-9999,3\n60,10,0,1,2,3\n"), 0);
+    EXPECT_EQ(bins().bin_total, 1);
+    EXPECT_EQ(bins().bin_used(3, 1), 1);
+}
+
+TEST_F(ProcessData, PaddingLeavesOutFourCellsOnEachSideAndNodesMoveOffEdges) {
+    session.definition.add_mesh_padding = 1;  // accepted: x from node 5 (100) up to node 7 (150)
+    // x = 100 is the first accepted node and moves in by the tolerance (0.25); x = 150 is out;
+    // 149.9 lies within the tolerance of node 7 and moves back; 125.25 is exactly the tolerance from
+    // node 6 and stays. y = 112.5 is a centre.
+    ASSERT_EQ(process("100,112.5,0,1\n150,112.5,0,2\n149.9,137.5,0,3\n125.25,120,0,4\n99.99,112.5,0,5\n"), 0);
+    EXPECT_EQ(bins().bin_total, 3);
+    EXPECT_EQ(bins().bin_x(5, 5), 100.25);
+    EXPECT_NEAR(bins().bin_x(6, 6), 149.65, 1e-9);
+    EXPECT_EQ(bins().bin_x(6, 5), 125.25);
+    EXPECT_EQ(bins().bin_used(7, 5), 0);
+}
+
+TEST_F(ProcessData, WithoutPaddingTheLastNodeIsOutAndTheFirstIsIn) {
+    ASSERT_EQ(process("0,0,0,1\n250,10,0,2\n10,250,0,3\n"), 0);
+    EXPECT_EQ(bins().bin_total, 1);
+    EXPECT_EQ(bins().bin_x(1, 1), 0.25);
+    EXPECT_EQ(bins().bin_y(1, 1), 0.25);
+}
+
+TEST_F(ProcessData, LargeMapCoordinatesGetAToleranceOfAFullUnit) {
+    build_mesh(session.mesh, 2000000, 0);
+    ASSERT_EQ(process("2000025.5,10,0,1\n"), 0);
+    EXPECT_EQ(bins().bin_x(2, 1), 2000026.5);  // 0.5 from the node: moved by 1, not left alone
+    EXPECT_EQ(bins().bin_y(2, 1), 10);
+}
+
+TEST_F(ProcessData, TwoReadingsInOneCellKeepTheNearerInTheBin) {
+    // Cell (1, 1) has its centre at (12.5, 12.5).
+    const std::string text = "5,5,0,1\n12,12,0,2\n13,13,0,3\n";
+    ASSERT_EQ(process(text), 0);
+    EXPECT_EQ(session.readings.obs_count, 3);
+    EXPECT_EQ(session.readings.obs_values.columns(), 0);  // no list with one value per cell
+    EXPECT_EQ(bins().bin_total, 1);
+    EXPECT_EQ(bins().bin_value1(1, 1), 2);  // of equal distances the first
+    EXPECT_NEAR(bins().bin_value3(1, 1), std::sqrt(0.5), 1e-12);
+
+    session.definition.values_per_cell = 0;
+    session.bins.size_bins(10, 10);
+    ASSERT_EQ(process(text), 0);
+    const ObservationList& list = session.readings;
+    ASSERT_EQ(list.obs_count, 3);
+    EXPECT_EQ(list.obs_values(4, 1), 1);
+    EXPECT_EQ(list.obs_values(4, 3), 3);
+    EXPECT_NEAR(list.obs_values(6, 1), std::sqrt(2 * 7.5 * 7.5), 1e-12);
+    EXPECT_EQ(list.obs_cells(3, 1), 1);
+    EXPECT_EQ(list.obs_cells(3, 2), 1);
+    EXPECT_EQ(bins().bin_value1(1, 1), 2);
+}
+
+TEST_F(ProcessData, HeightAboveTopoAddsTheSurfaceAndTheOffsetIsAddedOnce) {
+    InversionDefinition& d = session.definition;
+    d.elevation_offsets = {3, 0, 0};
+    ASSERT_EQ(process("10,10,20,1\n"), 0);
+    EXPECT_EQ(bins().bin_z(1, 1), 23);  // actual elevation: as read plus the offset
+
+    d.sensor_height_type = 0;  // height above the surface, here the top of the mesh (50)
+    session.bins.size_bins(10, 10);
+    ASSERT_EQ(process("10,10,20,1\n"), 0);
+    EXPECT_EQ(bins().bin_z(1, 1), 73);
+
+    d.data_z_columns = {0, 0};  // no elevation column: height 0 plus the offset above the surface
+    session.bins.size_bins(10, 10);
+    ASSERT_EQ(process("10,10,20,1\n"), 0);
+    EXPECT_EQ(bins().bin_z(1, 1), 53);
+}
+
+TEST_F(ProcessData, ReadingsBelowTheMinimumClearanceAreLiftedAndCounted) {
+    // A sloping surface z = x / 10 over the mesh, triangulated by hand.
+    Topography& topo = session.topography;
+    topo.topo_x = {-50, 300, 300, -50};
+    topo.topo_y = {-50, -50, 300, 300};
+    topo.topo_z = {-5, 30, 30, -5};
+    topo.topo_point_count = 4;
+    ASSERT_EQ(topo.triangulation.build(topo.topo_x, topo.topo_y), 0);
+    InversionDefinition& d = session.definition;
+    d.topo_type = 0;
+    d.elevation_offsets = {0, 0, 5};
+    // Surface at x = 10 is 1 and at x = 110 is 11: the first two lie 1 and 4 above it, the third 6.
+    ASSERT_EQ(process("10,10,2,1\n110,10,15,2\n210,10,27,3\n"), 0);
+    EXPECT_NEAR(bins().bin_z(1, 1), 6, 1e-9);
+    EXPECT_NEAR(bins().bin_z(5, 1), 16, 1e-9);
+    EXPECT_EQ(bins().bin_z(9, 1), 27);
+    EXPECT_EQ(session.readings.shift_count, 2);
+    EXPECT_EQ(session.form.text("Text_progress"), "Number of data points shifted: 2 average shift: 2.5\r\n");
+
+    d.elevation_offsets = {0, 0, 0};  // no minimum: readings under the surface stay there
+    session.bins.size_bins(10, 10);
+    session.form.set_text("Text_progress", "");
+    ASSERT_EQ(process("10,10,-20,1\n"), 0);
+    EXPECT_EQ(bins().bin_z(1, 1), -20);
+    EXPECT_EQ(session.form.text("Text_progress"), "");
+}
+
+TEST_F(ProcessData, OutsideTheTriangulatedSurfaceAReadingIsDropped) {
+    Topography& topo = session.topography;
+    topo.topo_x = {0, 100, 0};
+    topo.topo_y = {0, 0, 100};
+    topo.topo_z = {0, 0, 0};
+    ASSERT_EQ(topo.triangulation.build(topo.topo_x, topo.topo_y), 0);
+    session.definition.topo_type = 0;
+    ASSERT_EQ(process("10,10,0,1\n200,200,0,1\n"), 0);
+    EXPECT_EQ(bins().bin_total, 1);
+}
+
+TEST_F(ProcessData, FewerThanTenBinsWarnButSucceed) {
+    ASSERT_EQ(process("10,10,0,1\n12,12,0,1\n"), 0);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+    EXPECT_EQ(dialogue.messages[0], "Warning: The number of inversion data defined is only 1");
+}
+
+TEST_F(ProcessData, AMissingFileFailsWithTheReadersMessage) {
+    session.definition.data_file_names[0] = (dir.path() / "none.csv").string();
+    EXPECT_EQ(process_inversion_data(session), -1);
+    ASSERT_EQ(dialogue.messages.size(), 1u);
+}
+
+/// An ESRI ASCII grid of n by n nodes, spacing 25, the node (c, r) at (x0 + 25 c, y0 + 25 r) from 0,
+/// with the value x + 2y, or the null where `hole` says so.
+std::string plane_grid(int n, double x0, double y0, bool (*hole)(double, double) = nullptr) {
+    std::string text = "ncols " + std::to_string(n) + "\nnrows " + std::to_string(n) + "\nxllcenter " +
+                       std::to_string(x0) + "\nyllcenter " + std::to_string(y0) +
+                       "\ncellsize 25\nNODATA_value -9999\n";
+    for (int r = n - 1; r >= 0; --r) {
+        for (int c = 0; c < n; ++c) {
+            const double x = x0 + 25 * c, y = y0 + 25 * r;
+            text += (hole && hole(x, y)) ? "-9999 " : std::to_string(x + 2 * y) + " ";
+        }
+        text += "\n";
+    }
+    return text;
+}
+
+TEST_F(ProcessData, GridsFillEveryAcceptedColumnAtItsCentre) {
+    InversionDefinition& d = session.definition;
+    d.obs_data_file_type = 1;
+    d.data_type_count = 2;
+    d.regional_base = 10;
+    d.regional_scale = 1;
+    d.elevation_offsets = {30, 0, 0};
+    d.sensor_height_type = 0;
+    d.add_mesh_padding = 1;
+    write_file_bytes(dir.path() / "one.asc", plane_grid(14, -50, -50));
+    write_file_bytes(dir.path() / "two.asc", plane_grid(14, -50, -50));
+    d.data_file_names[2] = (dir.path() / "one.asc").string();
+    d.data_file_names[3] = (dir.path() / "two.asc").string();
+    ASSERT_EQ(process_inversion_data(session), 0) << (dialogue.messages.empty() ? "" : dialogue.messages[0]);
+    EXPECT_EQ(bins().bin_total, 4);  // cells 5 and 6 each way
+    EXPECT_EQ(bins().bin_used(4, 5), 0);
+    EXPECT_EQ(bins().bin_x(5, 6), 112.5);
+    EXPECT_EQ(bins().bin_y(5, 6), 137.5);
+    EXPECT_NEAR(bins().bin_value1(5, 6), 112.5 + 275 - 10, 1e-3);
+    EXPECT_NEAR(bins().bin_value2(5, 6), 112.5 + 275, 1e-3);
+    EXPECT_EQ(bins().bin_z(5, 6), 80);  // the top of the mesh plus the offset
+
+    // A sensor elevation grid adds itself; where it has no value the reading is gone.
+    session.bins.size_bins(10, 10);
+    write_file_bytes(dir.path() / "sensor.asc",
+                     plane_grid(14, -50, -50, [](double x, double y) { return x > 130 && y > 130; }));
+    d.data_file_names[5] = (dir.path() / "sensor.asc").string();
+    ASSERT_EQ(process_inversion_data(session), 0);
+    EXPECT_EQ(bins().bin_total, 4);
+    EXPECT_EQ(bins().bin_used(6, 6), 0);
+    EXPECT_NEAR(bins().bin_z(5, 5), 80 + 112.5 + 225, 1e-3);
+}
+
+}  // namespace
+}  // namespace invsetup
