@@ -4,6 +4,7 @@
 #include "form/field_validators.h"
 #include "form/form_load.h"
 #include "session.h"
+#include "test_support.h"
 
 namespace invsetup {
 namespace {
@@ -102,12 +103,15 @@ TEST_F(FieldValidators, BoundsBoxStartsFromTheStoredFile) {
 }
 
 TEST_F(FieldValidators, DataFileBoxShowsTheNameAndKeepsThePath) {
+    testing::TempDir dir;
+    const std::string dem = (dir.path() / "dem.xyz").string();
+    testing::write_file_bytes(dem, "x y z\r\n1 2 3\r\n");
     form.set_checked("Check_topo_type", 1, true);
-    dialogue.file_answers.push_back("/survey/topo/dem.xyz");
+    dialogue.file_answers.push_back(dem);
     ASSERT_TRUE(choose_file_for_box(session, "Text_data_locations", 1));
     EXPECT_EQ(dialogue.file_requests[0].title, "Select the topo data file");
     EXPECT_EQ(form.text("Text_data_locations", 1), "dem.xyz");
-    EXPECT_EQ(definition.data_file_names[1], "/survey/topo/dem.xyz");
+    EXPECT_EQ(definition.data_file_names[1], dem);
     EXPECT_TRUE(form.checked("Check_topo_type", 0));
     EXPECT_FALSE(form.checked("Check_topo_type", 1));
     EXPECT_EQ(definition.topo_type, 0);
