@@ -1,11 +1,508 @@
-// src/data/column_definitions.cpp - data file display and column definitions.
+// src/data/column_definitions.cpp - data file display, column names over the column boxes, and the
+// mesh limits from a data file.
 #include "data/column_definitions.h"
 
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <fstream>
+#include <string>
+
+#include "data/location_file.h"
+#include "definition/definition_checks.h"
+#include "form/field_validators.h"
+#include "form/form_load.h"
+#include "grids/grid_access.h"
 #include "session.h"
+#include "support/files.h"
+#include "support/lines.h"
+#include "support/numbers.h"
+#include "support/text.h"
 
 namespace invsetup {
 
-void display_data_file(Session& /*session*/, int /*slot*/) {}
-void display_location_column_definitions(Session& /*session*/, int /*slot*/) {}
+namespace {
+
+constexpr int kind_text = 0;
+constexpr int kind_grid = 1;
+constexpr int kind_database = 2;
+
+/// Room of the name table: a name line with more fields keeps the first ones.
+constexpr int name_capacity = 256;
+/// The preview shows the head of a text file.
+constexpr int preview_lines = 50;
+
+/// A column box: its control, the index of the control, the slot it belongs to and its code.
+struct ColumnBox {
+    const char* name;
+    int index;
+    int slot;
+    int code;  // 1 x, 2 y, 3 z, 4..6 value columns 0..2, 7 line, 8 extra value
+};
+
+constexpr ColumnBox column_boxes[] = {
+    {"Text_UBC_locations_xpos", 0, 0, 1},    {"Text_UBC_locations_ypos", 0, 0, 2},
+    {"Text_UBC_locations_zpos", 0, 0, 3},    {"Text_UBC_locations_magpos", 0, 0, 4},
+    {"Text_UBC_locations_magpos", 1, 0, 5},  {"Text_UBC_locations_magpos", 2, 0, 6},
+    {"Text_UBC_locations_lpos", no_index, 0, 7}, {"Text_UBC_locations_valpos", no_index, 0, 8},
+    {"Text_UBC_locations_xpos", 1, 1, 1},    {"Text_UBC_locations_ypos", 1, 1, 2},
+    {"Text_UBC_locations_zpos", 1, 1, 3},
+};
+
+const ColumnBox* find_box(std::string_view name, int index) {
+    for (const ColumnBox& box : column_boxes)
+        if (name == box.name && index == box.index) return &box;
+    return nullptr;
+}
+
+const ColumnBox* find_box(int slot, int code) {
+    for (const ColumnBox& box : column_boxes)
+        if (box.slot == slot && box.code == code) return &box;
+    return nullptr;
+}
+
+/// The definition's field behind a box code of a slot.
+int& column_field(InversionDefinition& definition, int slot, int code) {
+    const std::size_t s = static_cast<std::size_t>(slot);
+    switch (code) {
+        case 1: return definition.data_x_columns.at(s);
+        case 2: return definition.data_y_columns.at(s);
+        case 3: return definition.data_z_columns.at(s);
+        case 4: case 5: case 6: return definition.data_value_columns.at(static_cast<std::size_t>(code - 4));
+        case 7: return definition.line_column;
+        case 8: return definition.extra_value_column;
+        default: throw std::out_of_range("no column box of code " + std::to_string(code));
+    }
+}
+
+/// A data file name as a path: relative names count from the working directory.
+std::filesystem::path data_file_path(const Session& session, const std::string& name) {
+    std::filesystem::path path = native_path(name);
+    if (path.is_relative()) path = session.working_directory / path;
+    return path;
+}
+
+bool is_existing_file(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
+/// Point files are never taken for grids, even where a grid library would open them as one.
+bool has_point_file_extension(const std::string& name) {
+    const std::string extension = to_upper(file_extension(name));
+    for (const char* point : {"XYZ", "CSV", "OBS", "DAT", "TXT", "STN", "GDB"})
+        if (extension == point) return true;
+    return false;
+}
+
+bool is_grid_file(const std::filesystem::path& path) {
+    if (has_point_file_extension(path.string())) return false;
+    Array1<int> grid_ints(grid_int_count);
+    Array1<double> grid_reals(grid_real_count);
+    std::string grid_text;
+    int status = 0;
+    GRDRDH(path.string(), grid_ints, grid_reals, grid_text, status);
+    return status >= 0 && is_valid_grid_header(grid_ints, grid_reals);
+}
+
+/// The head of a text file, lines joined by CR LF.
+std::string preview_text(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string text, line;
+    for (int n = 0; n < preview_lines && read_clean_line(in, line); ++n) {
+        if (n > 0) text += "\r\n";
+        text += line;
+    }
+    return text;
+}
+
+void set_topo_type(Session& session, int topo_type) {
+    FormModel& form = session.form;
+    const bool was_updating = form.updating_form;
+    form.updating_form = true;
+    form.set_checked("Check_topo_type", 0, topo_type == 0);
+    form.set_checked("Check_topo_type", 1, topo_type != 0);
+    form.updating_form = was_updating;
+    session.definition.topo_type = topo_type;
+}
+
+void show_box_text(Session& session, const ColumnBox& box, std::string text) {
+    FormModel& form = session.form;
+    const bool was_updating = form.updating_form;
+    form.updating_form = true;
+    form.set_text(box.name, box.index, std::move(text));
+    form.updating_form = was_updating;
+}
+
+/// Column box change: without names the box takes a number typed into it.
+void store_typed_column(Session& session, const ColumnBox& box) {
+    if (session.form.updating_form) return;
+    if (session.definition.column_name_count.at(static_cast<std::size_t>(box.slot)) > 0) return;
+    const std::string text = trim(session.form.text(box.name, box.index));
+    int& field = column_field(session.definition, box.slot, box.code);
+    if (text.empty()) field = 0;
+    else if (is_numeric(text)) field = to_integer(parse_number_prefix(text));
+}
+
+/// Combo_names(slot) click: the row is the column (row 0, "N/A", none).
+void pick_column_name(Session& session, int slot) {
+    InversionDefinition& definition = session.definition;
+    FormModel& form = session.form;
+    if (definition.updating_clip || form.updating_form) return;
+    const int row = form.list_index("Combo_names", slot);
+    if (row < 0) return;
+    form.set_visible("Combo_names", slot, false);
+    const ColumnBox* box = find_box(definition.picked_slot, definition.picked_column);
+    if (!box || definition.picked_slot != slot) return;
+    int& field = column_field(definition, box->slot, box->code);
+    if (field == row) return;
+    field = row;
+    show_box_text(session, *box, form.control("Combo_names", slot).rows.at(static_cast<std::size_t>(row)).text);
+}
+
+/// Text_data_locations change: an emptied box means no file.
+void clear_data_file(Session& session, int slot) {
+    if (session.form.updating_form || slot < 0 || slot > 5) return;
+    if (!trim(session.form.text("Text_data_locations", slot)).empty()) return;
+    session.definition.data_file_names.at(static_cast<std::size_t>(slot)).clear();
+    display_data_file(session, slot);
+    if (slot == 1) set_topo_type(session, 1);
+}
+
+/// Moves a limit pair outward onto multiples of the cell size.
+void snap_outward(double cell_size, double& low, double& high) {
+    if (!(cell_size > 0)) return;
+    const double high_snap = to_integer(high / cell_size) * cell_size;
+    high = high > high_snap ? high_snap + cell_size : high_snap;
+    const double low_snap = to_integer(low / cell_size) * cell_size;
+    low = low < low_snap ? low_snap - cell_size : low_snap;
+}
+
+/// The mesh group of the form is shown from the record: bring the record's mesh fields up to date
+/// with the definition first, so that only the new limits change.
+void copy_mesh_fields(const InversionDefinition& definition, ParameterRecord& record) {
+    record.mesh_min = definition.mesh_min;
+    record.mesh_max = definition.mesh_max;
+    record.mesh_cell_size = definition.mesh_cell_size;
+    record.mesh_cell_count = definition.mesh_cell_count;
+    record.add_mesh_padding = definition.add_mesh_padding;
+    record.padding_multipliers = definition.padding_multipliers;
+    record.smoothness_weighting = definition.smoothness_weighting;
+    record.weight_multipliers = definition.weight_multipliers;
+    record.use_expanded_mesh = definition.use_expanded_mesh;
+    record.x_tile_size = definition.x_tile_size;
+    record.y_tile_size = definition.y_tile_size;
+    record.tile_overlap = definition.tile_overlap;
+    record.tile_xy_blend = definition.tile_xy_blend;
+    record.tile_z_blend = definition.tile_z_blend;
+    record.tile_min_points = definition.tile_min_points;
+    record.include_regional_mesh = definition.include_regional_mesh;
+    record.tile_coarse_model = definition.tile_coarse_model;
+    record.tile_use_reference = definition.tile_use_reference;
+    record.tile_order = definition.tile_order;
+}
+
+/// What a data file gives for its limits.
+struct DataExtent {
+    double x_min = 1e32, x_max = -1e32, y_min = 1e32, y_max = -1e32;
+    double z_min = 1e32, z_max = -1e32;
+    double mean = 0;
+    double grid_cell_size = 0;  // 0 for a point file
+};
+
+int grid_extent(Session& session, int index, DataExtent& extent) {
+    const std::string name = data_file_path(session, session.definition.data_file_names.at(static_cast<std::size_t>(index))).string();
+    GridWindow window;
+    std::string grid_text;
+    Array1<int> grid_ints;
+    Array1<double> grid_reals;
+    double x_min = 0, x_max = 0, y_min = 0, y_max = 0;  // not in order: the whole grid
+    int status = 0;
+    read_grid_header(session, name, window, grid_text, grid_ints, grid_reals, x_min, x_max, y_min, y_max, status);
+    if (status < 0) {
+        session.dialogue.message_box("There was an error reading the grid file");
+        return -1;
+    }
+    GridStatistics statistics;
+    GRDSTAT(window, statistics, status);
+    std::string ignored;
+    remove_temporary_grid(session.grids.temporary_grid_name, ignored);
+    if (status < 0) {
+        session.dialogue.message_box("There was an error calculating the grid file statistics");
+        return -1;
+    }
+    const PointTransform& transform = session.definition.coordinate_transform;
+    if (transform.active) transform_grid_extents(transform, map_to_local, x_min, x_max, y_min, y_max);
+    extent.x_min = x_min;
+    extent.x_max = x_max;
+    extent.y_min = y_min;
+    extent.y_max = y_max;
+    extent.z_min = statistics.minimum;
+    extent.z_max = statistics.maximum;
+    extent.mean = statistics.mean;
+    extent.grid_cell_size = window.header.x_spacing();
+    return 0;
+}
+
+int point_extent(Session& session, int index, DataExtent& extent) {
+    LocationFileSettings settings = location_settings(session.definition, index);
+    settings.file = data_file_path(session, session.definition.data_file_names.at(static_cast<std::size_t>(index)));
+    // The limits come in the file's own coordinates, as read.
+    clear_point_transform(settings.transform);
+    LocationData data;
+    LocationSummary summary;
+    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0 || data.count <= 0) return -1;
+    extent.x_min = summary.x_min;
+    extent.x_max = summary.x_max;
+    extent.y_min = summary.y_min;
+    extent.y_max = summary.y_max;
+    extent.z_min = summary.z_min;
+    extent.z_max = summary.z_max;
+    extent.mean = summary.value_mean[0];
+    return 0;
+}
+
+}  // namespace
+
+void display_data_file(Session& session, int slot) {
+    FormModel& form = session.form;
+    InversionDefinition& definition = session.definition;
+    const std::size_t s = static_cast<std::size_t>(slot);
+    if (slot <= 1) {
+        form.set_text("Text_data_file", slot, "");
+        definition.column_name_count.at(s) = 0;
+    }
+    if (slot >= 1) form.set_caption("Picture_mag", slot, "");
+
+    const std::string& name = definition.data_file_names.at(s);
+    const std::filesystem::path path = data_file_path(session, name);
+    if (trim(name).empty() || !is_existing_file(path)) {
+        definition.data_file_kinds.at(s) = kind_text;
+        if (slot == 1) set_topo_type(session, 1);
+        return;
+    }
+
+    const bool has_image_frame = form.has_control("Frame_data_file_image", slot);
+    if (slot >= 1 && is_grid_file(path)) {
+        definition.data_file_kinds.at(s) = kind_grid;
+        if (has_image_frame) {
+            const Control& frame = form.control("Frame_data_file_definitions", slot);
+            form.move_to("Frame_data_file_image", slot, frame.left, frame.top);
+            form.set_visible("Frame_data_file_image", slot, true);
+            form.set_visible("Frame_data_file_definitions", slot, false);
+            form.set_caption("Picture_mag", slot, file_name_only(name));
+        }
+    } else if (slot <= 1) {
+        definition.data_file_kinds.at(s) = to_upper(file_extension(name)) == "GDB" ? kind_database : kind_text;
+        if (has_image_frame) form.set_visible("Frame_data_file_image", slot, false);
+        form.set_visible("Frame_data_file_definitions", slot, true);
+        if (definition.data_file_kinds.at(s) == kind_text) {
+            form.set_text("Text_data_file", slot, preview_text(path));
+        } else {
+            // Only the vendor's libraries read a database: no channels to offer.
+            form.clear_rows("Combo_names", slot);
+            form.set_text("Text_data_file", slot, "Geosoft database: " + file_name_only(name));
+        }
+    } else {
+        definition.data_file_kinds.at(s) = kind_text;
+    }
+
+    if (slot == 1) set_topo_type(session, 0);
+    const bool was_updating = form.updating_form;
+    form.updating_form = true;
+    form.set_text("Text_data_locations", slot, file_name_only(name));
+    form.updating_form = was_updating;
+}
+
+int detect_line_mode(std::istream& in) {
+    std::array<char, 512> head{};
+    in.clear();
+    in.seekg(0);
+    in.read(head.data(), static_cast<std::streamsize>(head.size()));
+    const std::streamsize read = in.gcount();
+    int mode = 1;
+    for (std::streamsize k = 0; k < read; ++k) {
+        const unsigned char byte = static_cast<unsigned char>(head[static_cast<std::size_t>(k)]);
+        if (k == 0 && byte == 239) break;  // a byte order mark: the clean reader drops it
+        if (byte == 13) {
+            mode = 0;
+            break;
+        }
+    }
+    in.clear();
+    in.seekg(0);
+    return mode;
+}
+
+void load_location_column_names(Session& session, int slot) {
+    InversionDefinition& definition = session.definition;
+    const std::size_t s = static_cast<std::size_t>(slot);
+    try {
+        const int name_line = definition.data_name_lines.at(s);
+        if (name_line <= 0 && definition.data_file_kinds.at(s) != kind_text) return;
+        definition.column_name_count.at(s) = 0;
+        if (name_line <= 0) return;
+
+        std::ifstream in(data_file_path(session, definition.data_file_names.at(s)), std::ios::binary);
+        if (!in) return;
+        const int mode = detect_line_mode(in);
+        std::string line;
+        for (int n = 1; n <= name_line; ++n) {
+            const bool read = mode == 0 ? read_line(in, line) : read_clean_line(in, line);
+            if (!read) return;
+        }
+        if (!line.empty() && (line[0] == '#' || line[0] == '\\' || line[0] == '/')) line[0] = ' ';
+        definition.column_names = split_fields(line, name_capacity);
+        definition.column_name_count.at(s) = static_cast<int>(definition.column_names.size());
+
+        FormModel& form = session.form;
+        form.clear_rows("Combo_names", slot);
+        form.add_row("Combo_names", slot, "N/A");
+        for (const std::string& column_name : definition.column_names) form.add_row("Combo_names", slot, column_name);
+        form.set_visible("Combo_names", slot, false);
+    } catch (const std::exception&) {
+        // Names are a convenience: without them the boxes take column numbers.
+        definition.column_name_count.at(s) = 0;
+    }
+}
+
+void display_location_column_definitions(Session& session, int slot) {
+    if (slot < 0 || slot > 1) return;
+    InversionDefinition& definition = session.definition;
+    const std::size_t s = static_cast<std::size_t>(slot);
+    if (definition.column_name_count[s] == 0 && definition.data_file_kinds[s] == kind_text)
+        load_location_column_names(session, slot);
+
+    const int name_count = definition.column_name_count[s];
+    const Control& names = session.form.control("Combo_names", slot);
+    for (const ColumnBox& box : column_boxes) {
+        if (box.slot != slot) continue;
+        const int column = column_field(definition, slot, box.code);
+        std::string text;
+        if (name_count > 0) {
+            if (column >= 1 && column <= name_count && column < static_cast<int>(names.rows.size()))
+                text = names.rows[static_cast<std::size_t>(column)].text;
+        } else if (box.code <= 2 || column > 0) {
+            text = format_picture(column, "0");
+        }
+        show_box_text(session, box, std::move(text));
+    }
+}
+
+void click_column_box(Session& session, std::string_view name, int index) {
+    const ColumnBox* box = find_box(name, index);
+    if (!box) return;
+    InversionDefinition& definition = session.definition;
+    if (definition.column_name_count.at(static_cast<std::size_t>(box->slot)) <= 0) return;
+    FormModel& form = session.form;
+    const Control& target = form.control(box->name, box->index);
+    form.move_to("Combo_names", box->slot, target.left, target.top);
+    const int column = column_field(definition, box->slot, box->code);
+    definition.updating_clip = true;
+    form.set_list_index("Combo_names", box->slot,
+                        column >= 1 && column < form.row_count("Combo_names", box->slot) ? column : 0);
+    definition.updating_clip = false;
+    form.set_visible("Combo_names", box->slot, true);
+    definition.picked_column = box->code;
+    definition.picked_slot = box->slot;
+}
+
+void leave_column_definition_box(Session& session, std::string_view name, int slot) {
+    if (slot < 0 || slot > 1) return;
+    const std::size_t s = static_cast<std::size_t>(slot);
+    InversionDefinition& definition = session.definition;
+    int* field = nullptr;
+    if (name == "Text_UBC_locations_nhead") field = &definition.data_first_lines[s];
+    else if (name == "Text_UBC_locations_nstep") field = &definition.data_read_steps[s];
+    else if (name == "Text_UBC_locations_name_line") field = &definition.data_name_lines[s];
+    else return;
+
+    FormModel& form = session.form;
+    const std::string& text = form.text(name, slot);
+    if (!is_numeric(text)) {
+        const bool was_updating = form.updating_form;
+        form.updating_form = true;
+        form.set_text(name, slot, format_picture(*field, "0"));
+        form.updating_form = was_updating;
+        session.dialogue.beep();
+        return;
+    }
+    *field = to_integer(parse_number_prefix(text));
+    if (name == "Text_UBC_locations_name_line") {
+        load_location_column_names(session, slot);
+        display_location_column_definitions(session, slot);
+    }
+}
+
+int Command_set_limits_from_file(Session& session, int index) {
+    try {
+        if (index < 0 || index > 1) throw std::out_of_range("no data file of index " + std::to_string(index));
+        InversionDefinition& definition = session.definition;
+        FormModel& form = session.form;
+        if (index == 0 && check_file_definitions(session, 0) < 0) return -1;
+
+        DataExtent extent;
+        const bool grid = definition.data_file_kinds[static_cast<std::size_t>(index)] == kind_grid;
+        if ((grid ? grid_extent(session, index, extent) : point_extent(session, index, extent)) < 0) return -1;
+        if (index == 0) {
+            if (!grid) definition.regional_base = static_cast<float>(extent.mean);
+            form.set_text("Text_UBC_regional_field", format_picture(extent.mean, "0.0"));
+        }
+
+        if (index == 0) {
+            const double lows[2] = {extent.x_min, extent.y_min};
+            const double highs[2] = {extent.x_max, extent.y_max};
+            for (std::size_t axis = 0; axis < 2; ++axis) {
+                double& cell_size = definition.mesh_cell_size[axis];
+                if (extent.grid_cell_size > cell_size) cell_size = extent.grid_cell_size;
+                double low = lows[axis], high = highs[axis];
+                snap_outward(cell_size, low, high);
+                definition.mesh_min[axis] = low;
+                definition.mesh_max[axis] = high;
+            }
+        } else {
+            double lowest = extent.z_min, highest = extent.z_max;
+            const double z_cell = definition.mesh_cell_size[2];
+            snap_outward(z_cell, lowest, highest);
+            if (definition.inversion_method == method_zarninv3d) {
+                definition.mesh_min[2] = highest - lowest;
+                definition.mesh_max[2] = 0;
+            } else {
+                definition.mesh_min[2] = lowest + definition.elevation_offsets[1];
+                definition.mesh_max[2] = highest + definition.elevation_offsets[1];
+            }
+            // A first mesh reaches down a quarter of its narrower width, 3000 at most.
+            double depth = std::min({(definition.mesh_max[0] - definition.mesh_min[0]) / 4,
+                                     (definition.mesh_max[1] - definition.mesh_min[1]) / 4, 3000.0});
+            if (z_cell > 0) depth = to_integer(depth / z_cell) * z_cell;
+            if (-depth < definition.mesh_min[2]) definition.mesh_min[2] = -depth;
+        }
+
+        copy_mesh_fields(definition, session.record);
+        load_mag3d_form(session, 4);
+        return 0;
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box(std::string("An error occured while setting the limits: ") + fault.what());
+        return -1;
+    }
+}
+
+void register_column_behaviour(Session& session) {
+    FormModel& form = session.form;
+    Session* s = &session;
+    // One handler per control name serves all its indices: the index finds the box.
+    for (const char* name : {"Text_UBC_locations_xpos", "Text_UBC_locations_ypos", "Text_UBC_locations_zpos",
+                             "Text_UBC_locations_magpos", "Text_UBC_locations_lpos", "Text_UBC_locations_valpos"}) {
+        const std::string control(name);
+        form.on_change(name, [s, control](int index) {
+            if (const ColumnBox* box = find_box(control, index)) store_typed_column(*s, *box);
+        });
+    }
+    form.on_change("Combo_names", [s](int slot) { pick_column_name(*s, slot); });
+    form.on_change("Text_data_locations", [s](int slot) { clear_data_file(*s, slot); });
+    form.on_change("Command_select_data_location_file",
+                   [s](int slot) { choose_file_for_box(*s, "Text_data_locations", slot); });
+    form.on_change("Command_set_limits_from_file", [s](int index) { Command_set_limits_from_file(*s, index); });
+}
 
 }  // namespace invsetup

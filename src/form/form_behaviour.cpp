@@ -2,6 +2,7 @@
 // variation switch, lists and check boxes that store their state.
 #include "form/form_behaviour.h"
 
+#include "data/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/method_behaviour.h"
 #include "mesh/mesh_definition.h"
@@ -132,6 +133,7 @@ void register_form_behaviour(Session& session) {
     register_list_handlers(session);
     register_plain_value_handlers(session);
     register_mesh_behaviour(session);
+    register_column_behaviour(session);
 }
 
 }  // namespace invsetup
