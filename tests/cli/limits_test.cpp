@@ -1,0 +1,76 @@
+// tests/cli/limits_test.cpp - `invsetup limits`: the mesh limits of a definition from its data.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <sys/wait.h>
+
+#include "test_support.h"
+
+namespace {
+
+using invsetup::testing::TempDir;
+using invsetup::testing::read_file_bytes;
+using invsetup::testing::test_data;
+using invsetup::testing::write_file_bytes;
+
+int run_cli(const std::string& arguments) {
+    const std::string command = std::string("\"") + INVSETUP_CLI + "\" " + arguments + " >/dev/null 2>&1";
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string quoted(const std::filesystem::path& path) { return "\"" + path.string() + "\""; }
+
+std::string line_of(const std::string& text, const std::string& key) {
+    const std::size_t start = text.find(key);
+    if (start == std::string::npos) return "";
+    return text.substr(start, text.find("\r\n", start) - start);
+}
+
+// A definition beside its data: observed points on x 500120..502980, y 7000040..7001960, and
+// topography from 310 to 640 m. Mesh cells are 50 m across and 25 m high.
+class LimitsCommand : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::filesystem::copy_file(test_data("topo/limits.inp"), dir.path() / "inversion.inp");
+        write_file_bytes(dir.path() / "mag_data.csv",
+                         "x,y,z,tmi\r\n500120,7000040,35,57000\r\n502980,7001960,35,57100\r\n");
+        write_file_bytes(dir.path() / "topo.xyz", "x y z\r\n500000 7000000 310\r\n504000 7000000 640\r\n"
+                                                  "502000 7004000 400\r\n");
+    }
+    std::string saved() { return read_file_bytes(dir.path() / "new.inp"); }
+    TempDir dir;
+};
+
+TEST_F(LimitsCommand, ObservedDataGiveTheXAndYLimits) {
+    ASSERT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --observed -o " +
+                      quoted(dir.path() / "new.inp")),
+              0);
+    EXPECT_EQ(line_of(saved(), "X Range:").rfind("X Range: 500100.0", 0), 0u) << line_of(saved(), "X Range:");
+    EXPECT_NE(line_of(saved(), "X Range:").find(" 503000.0"), std::string::npos);
+    EXPECT_EQ(line_of(saved(), "Y Range:").rfind("Y Range: 7000000.0", 0), 0u) << line_of(saved(), "Y Range:");
+    EXPECT_NE(line_of(saved(), "Y Range:").find(" 7002000.0"), std::string::npos);
+    EXPECT_EQ(line_of(saved(), "Z Range:"), line_of(read_file_bytes(dir.path() / "inversion.inp"), "Z Range:"));
+}
+
+TEST_F(LimitsCommand, TopographyGivesTheZLimitsAndTheDepth) {
+    ASSERT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
+              0);
+    // 4000 m wide: a depth of 1000 below zero; the top 640 rises to 650.
+    EXPECT_EQ(line_of(saved(), "Z Range:").rfind("Z Range: -1000.0", 0), 0u) << line_of(saved(), "Z Range:");
+    EXPECT_NE(line_of(saved(), "Z Range:").find(" 650.0"), std::string::npos);
+}
+
+TEST_F(LimitsCommand, NeedsOneSourceAndAReadableDefinition) {
+    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " -o " + quoted(dir.path() / "new.inp")), 2);
+    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --observed --topo -o " +
+                      quoted(dir.path() / "new.inp")),
+              2);
+    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "absent.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
+              1);
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
+}
+
+}  // namespace
