@@ -8,6 +8,7 @@ namespace invsetup::cli {
 
 void register_show_command(CLI::App& app, int& exit_code);
 void register_upgrade_command(CLI::App& app, int& exit_code);
+void register_limits_command(CLI::App& app, int& exit_code);
 void register_grid_info_command(CLI::App& app, int& exit_code);
 void register_mesh_command(CLI::App& app, int& exit_code);
 

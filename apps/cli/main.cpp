@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
 
     invsetup::cli::register_show_command(app, exit_code);
     invsetup::cli::register_upgrade_command(app, exit_code);
+    invsetup::cli::register_limits_command(app, exit_code);
     invsetup::cli::register_grid_info_command(app, exit_code);
     invsetup::cli::register_mesh_command(app, exit_code);
 
