@@ -181,6 +181,15 @@ int unload_mesh(Session& session, int row, int anchor) {
         return -1;
     }
 
+    // A count the user typed counts as typed when the operation began: the first pass overwrites
+    // the box before the second pass looks at it.
+    std::array<double, 3> typed_counts{};
+    std::array<int, 3> recorded_counts{};
+    for (int r = first; r <= last; ++r) {
+        typed_counts[static_cast<std::size_t>(r)] = number_of(form, "Text_num_cells", r);
+        recorded_counts[static_cast<std::size_t>(r)] = limits.num_cells[r];
+    }
+
     // First pass: each limit moves to a whole number of cells.
     for (int r = first; r <= last; ++r) {
         limits.min_val[r] = number_of(form, "Text_min_val", r);
@@ -227,9 +236,8 @@ int unload_mesh(Session& session, int row, int anchor) {
             form.set_text("Text_num_cells", r, general_number_text(static_cast<double>(limits.num_cells[r])));
         }
         // A count the user typed (above 1) wins over the one the limits give.
-        const std::string& count_text = form.text("Text_num_cells", r);
-        const double typed = parse_number_prefix(count_text);
-        if (typed != limits.num_cells[r] && typed > 1)
+        const double typed = typed_counts[static_cast<std::size_t>(r)];
+        if (typed != recorded_counts[static_cast<std::size_t>(r)] && typed > 1)
             limits.num_cells[r] = to_integer(typed);
         else
             limits.num_cells[r] = to_integer((limits.max_val[r] - limits.min_val[r]) / limits.cell_size[r]);
