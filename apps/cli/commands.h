@@ -10,6 +10,8 @@ void register_show_command(CLI::App& app, int& exit_code);
 void register_upgrade_command(CLI::App& app, int& exit_code);
 void register_limits_command(CLI::App& app, int& exit_code);
 void register_grid_info_command(CLI::App& app, int& exit_code);
+void register_create_command(CLI::App& app, int& exit_code);
+void register_check_command(CLI::App& app, int& exit_code);
 void register_mesh_command(CLI::App& app, int& exit_code);
 
 }  // namespace invsetup::cli

@@ -14,6 +14,8 @@ int main(int argc, char** argv) {
     invsetup::cli::register_upgrade_command(app, exit_code);
     invsetup::cli::register_limits_command(app, exit_code);
     invsetup::cli::register_grid_info_command(app, exit_code);
+    invsetup::cli::register_create_command(app, exit_code);
+    invsetup::cli::register_check_command(app, exit_code);
     invsetup::cli::register_mesh_command(app, exit_code);
 
     try {

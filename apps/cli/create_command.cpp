@@ -1,0 +1,206 @@
+// apps/cli/create_command.cpp - create and check: a definition file to a run package, or to the
+// checks and the mesh alone, as the Create tab's buttons do it.
+#include "commands.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "definition/definition_checks.h"
+#include "form/commands.h"
+#include "form/create_commands.h"
+#include "form/form_load.h"
+#include "session.h"
+#include "support/dialogue.h"
+#include "support/numbers.h"
+
+namespace invsetup::cli {
+
+namespace {
+
+/// The dialogue of a script: every message to stderr, questions answered as --yes says, and, unless
+/// quiet, a progress bar on stderr when it is a terminal.
+class ScriptDialogue : public HeadlessDialogue {
+public:
+    ScriptDialogue(bool answer_yes_to_questions, bool quiet)
+        : HeadlessDialogue(&std::cerr), quiet_(quiet), bar_(!quiet && isatty(fileno(stderr)) != 0) {
+        answer_yes = answer_yes_to_questions;
+    }
+
+    bool ask_yes_no(const std::string& text) override {
+        end_bar();
+        const bool yes = HeadlessDialogue::ask_yes_no(text);
+        std::cerr << text << (yes ? " -> Yes" : " -> No (use --yes to answer Yes)") << '\n';
+        return yes;
+    }
+    void message_box(const std::string& text) override {
+        end_bar();
+        HeadlessDialogue::message_box(text);
+    }
+    void progress(int percent) override {
+        HeadlessDialogue::progress(percent);
+        if (!bar_) return;
+        const int filled = percent / 5;
+        std::cerr << "\r  [" << std::string(static_cast<std::size_t>(filled), '#')
+                  << std::string(static_cast<std::size_t>(20 - filled), ' ') << "] " << percent << "% " << std::flush;
+        bar_shown_ = true;
+    }
+    /// A stage line of the progress text.
+    void stage(const std::string& line) {
+        if (quiet_) return;
+        end_bar();
+        std::cerr << line << '\n';
+    }
+
+private:
+    void end_bar() {
+        if (!bar_shown_) return;
+        std::cerr << "\r" << std::string(32, ' ') << "\r";
+        bar_shown_ = false;
+    }
+    bool quiet_;
+    bool bar_;
+    bool bar_shown_ = false;
+};
+
+/// Echoes each line added to Text_progress.
+void follow_progress_text(Session& session, ScriptDialogue& dialogue) {
+    auto printed = std::make_shared<std::size_t>(0);
+    session.form.subscribe([&dialogue, printed](const Control& control, ControlProperty property) {
+        if (property != ControlProperty::value || control.spec->name != "Text_progress") return;
+        const std::string& text = control.text;
+        if (text.size() < *printed) *printed = 0;
+        while (true) {
+            const std::size_t end = text.find("\r\n", *printed);
+            if (end == std::string::npos) break;
+            dialogue.stage(text.substr(*printed, end - *printed));
+            *printed = end + 2;
+        }
+    });
+}
+
+/// Reads the definition as the file menu would, with the working directory `working_directory`
+/// (relative names inside the file resolve there). False after the message.
+bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition,
+                     const std::filesystem::path& working_directory) {
+    session.working_directory = working_directory;
+    initialise_inversion_form(session);
+    dialogue.file_answers.push_back(std::filesystem::absolute(definition).string());
+    return read_command(session, 0) == 0;
+}
+
+struct CreateOptions {
+    std::string definition;
+    std::string run_directory;
+    std::string working_directory;
+    bool update = false;
+    bool variation = false;
+    bool update_data = false;
+    bool yes = false;
+    bool quiet = false;
+};
+
+std::filesystem::path working_directory_for(const std::string& definition, const std::string& option) {
+    if (!option.empty()) return std::filesystem::absolute(option).lexically_normal();
+    return std::filesystem::absolute(definition).parent_path().lexically_normal();
+}
+
+int run_create(const CreateOptions& options) {
+    ScriptDialogue dialogue(options.yes, options.quiet);
+    Session session(dialogue);
+    follow_progress_text(session, dialogue);
+    if (!read_definition(session, dialogue, options.definition,
+                         working_directory_for(options.definition, options.working_directory)))
+        return 1;
+
+    std::filesystem::path run = std::filesystem::absolute(options.run_directory).lexically_normal();
+    if (!run.has_filename()) run = run.parent_path();
+    const std::filesystem::path parent = run.parent_path();
+    session.form.set_text("Drive1", parent.root_path().string());
+    session.form.set_text("Dir1", parent.string());
+    session.form.set_text("Text_directory_name", run.filename().string());
+    if (options.variation) session.form.set_checked("Check_generate_inversion_variation", true);
+    session.form.set_checked("Check_update_data_files", options.update_data);
+
+    const int index = options.update ? 1 : options.variation ? 2 : 0;
+    if (create_command(session, index) < 0) return 1;
+    if (!options.quiet) std::cerr << "Run package: " << run.string() << '\n';
+    return 0;
+}
+
+int run_check(const std::string& definition, const std::string& working_directory) {
+    HeadlessDialogue dialogue(&std::cerr);
+    Session session(dialogue);
+    if (!read_definition(session, dialogue, definition, working_directory_for(definition, working_directory)))
+        return 1;
+    if (check_inversion_definitions(session) < 0) {
+        std::cout << "The definition is not valid: " << (dialogue.messages.empty() ? "the mesh could not be built"
+                                                                                  : dialogue.messages.back())
+                  << '\n';
+        return 1;
+    }
+    const InversionDefinition& d = session.definition;
+    const InversionMesh& mesh = session.mesh;
+    const int method_row = session.form.list_index("Combo_inversion_method");
+    std::cout << "Definition:  " << std::filesystem::absolute(definition).string() << '\n';
+    std::cout << "Method:      "
+              << (method_row >= 0 ? session.form.control("Combo_inversion_method").rows[method_row].text : "(none)")
+              << " (code " << d.inversion_method << ")\n";
+    std::cout << "Observed:    " << (d.obs_data_file_type == 0 ? d.data_file_names[0] : d.data_file_names[2]) << '\n';
+    std::cout << "Topography:  " << (d.topo_type == 0 ? d.data_file_names[1] : "none (top of the mesh)") << '\n';
+    std::cout << "Mesh cells:  " << mesh.nx << " x " << mesh.ny << " x " << mesh.nz << " = "
+              << static_cast<long long>(mesh.nx) * mesh.ny * mesh.nz << '\n';
+    std::cout << "Mesh X:      " << general_number_text(mesh.x_nodes[1]) << " to "
+              << general_number_text(mesh.x_nodes[mesh.nx + 1]) << '\n';
+    std::cout << "Mesh Y:      " << general_number_text(mesh.y_nodes[1]) << " to "
+              << general_number_text(mesh.y_nodes[mesh.ny + 1]) << '\n';
+    std::cout << "Mesh Z:      " << general_number_text(mesh.z_nodes[mesh.nz + 1]) << " to "
+              << general_number_text(mesh.z_nodes[1]) << '\n';
+    std::cout << "The definition is valid.\n";
+    return 0;
+}
+
+}  // namespace
+
+void register_create_command(CLI::App& app, int& exit_code) {
+    auto options = std::make_shared<CreateOptions>();
+    CLI::App* create = app.add_subcommand(
+        "create",
+        "Check a definition, build its mesh and write the run package into RUN_DIR.\n"
+        "Saves the definition as inversion.inp in the working directory and as RUN_DIR.inp beside RUN_DIR.\n"
+        "Exit status 0 when the run ends with \"Output complete\", 1 when anything failed.");
+    create->add_option("DEFINITION", options->definition, "The definition file (.inp), any version")->required();
+    create->add_option("RUN_DIR", options->run_directory, "The run directory (made when missing)")->required();
+    create->add_option("--workdir", options->working_directory,
+                       "Working directory: relative names in the definition resolve here (default: the "
+                       "folder of DEFINITION)");
+    CLI::Option* update = create->add_flag("--update", options->update,
+                                           "Rewrite only the input and batch files (Update Parameters)");
+    CLI::Option* variation = create->add_flag(
+        "--variation", options->variation,
+        "A variation run in a sub-directory of the run holding the sensitivity matrix (Generate Variation)");
+    create->add_flag("--update-data", options->update_data, "With --variation: write new observation files too")
+        ->needs(variation);
+    update->excludes(variation);
+    create->add_flag("--yes", options->yes, "Answer Yes to every question (without it every question is answered No)");
+    create->add_flag("--quiet", options->quiet, "No progress lines or bar; messages still go to stderr");
+    create->callback([&exit_code, options] { exit_code = run_create(*options); });
+}
+
+void register_check_command(CLI::App& app, int& exit_code) {
+    auto definition = std::make_shared<std::string>();
+    auto working_directory = std::make_shared<std::string>();
+    CLI::App* check = app.add_subcommand("check", "Check a definition and build its mesh; print a summary");
+    check->add_option("DEFINITION", *definition, "The definition file (.inp), any version")->required();
+    check->add_option("--workdir", *working_directory,
+                      "Working directory for relative names (default: the folder of DEFINITION)");
+    check->callback([&exit_code, definition, working_directory] {
+        exit_code = run_check(*definition, *working_directory);
+    });
+}
+
+}  // namespace invsetup::cli

@@ -1,0 +1,320 @@
+// src/create/create_inversion.cpp - the create driver: the stages of a run package in their fixed order.
+#include "create/create_inversion.h"
+
+#include <array>
+#include <stdexcept>
+#include <string>
+
+#include "create/batch_files.h"
+#include "create/inversion_input.h"
+#include "create/run_context.h"
+#include "create/run_names.h"
+#include "create/sensitivity_input.h"
+#include "create/weighting_file.h"
+#include "data/location_file.h"
+#include "data/observation_file.h"
+#include "data/observed_data.h"
+#include "data/topo_file.h"
+#include "data/topography.h"
+#include "modelfiles/mesh_file_write.h"
+#include "modelfiles/model_file_write.h"
+#include "session.h"
+#include "support/files.h"
+#include "support/numbers.h"
+#include "support/text.h"
+
+namespace invsetup {
+
+std::string model_file_name(const InversionDefinition& definition, bool refined_name) {
+    return std::string(refined_name ? "refined" : "model") + (uses_magnetic_names(definition) ? ".sus" : ".den");
+}
+
+void append_progress(Session& session, std::string_view text) {
+    std::string all = session.form.text("Text_progress");
+    all.append(text);
+    all.append("\r\n");
+    session.form.set_text("Text_progress", std::move(all));
+}
+
+namespace {
+
+/// A stage that failed after telling the person (or with nothing more to say): the failure path
+/// shows the fixed text with an empty description.
+struct StageFailure : std::runtime_error {
+    StageFailure() : std::runtime_error("") {}
+};
+
+void check_status(int status) {
+    if (status < 0) throw StageFailure();
+}
+
+class Driver {
+public:
+    Driver(Session& session, const std::filesystem::path& run_directory, int create_mode)
+        : session_(session), definition_(session.definition) {
+        context_.run_directory = run_directory;
+        context_.create_mode = create_mode;
+        context_.transform_in_use = definition_.coordinate_transform.active;
+        context_.transform_rotation = definition_.coordinate_transform.angle;
+    }
+
+    void run() {
+        prepare();
+        write_input_files();
+        if (context_.create_mode == 1 || context_.create_mode == 2) return;
+        if (definition_.topo_type == 0)
+            grid_topography();
+        else
+            flat_surface();
+        const TopoRange range = topography_range();
+        if (context_.create_mode != 3) {
+            write_mesh(range);
+            write_model();
+        }
+        session_.bins.size_bins(mesh().nx, mesh().ny);
+        read_observed_data();
+        write_observations();
+        if (context_.create_mode == 3) return;
+        write_reference_data();
+        write_topography();
+    }
+
+private:
+    struct TopoRange {
+        float high = 0, low = 0;
+    };
+
+    InversionMesh& mesh() { return session_.mesh; }
+    std::filesystem::path in_run(const std::string& name) const { return context_.run_directory / name; }
+    void label(std::string_view text) { session_.form.set_caption("Label_progress", std::string(text)); }
+    void append(std::string_view text) { append_progress(session_, text); }
+    void yield() { session_.dialogue.do_events(); }
+
+    void prepare() {
+        if (definition_.refinement_mode == 1) {
+            session_.dialogue.message_box("Refined inversions (tiles) are not written by this version of the program");
+            throw StageFailure();
+        }
+        if (definition_.topo_type == 0 && definition_.inversion_method == method_zarninv3d) {
+            mesh_format_ = 5;
+            write_extended_ = true;
+            mesh_has_topo_ = true;
+        }
+        session_.form.set_visible("ProgressBar_load_ubc_model", false);
+        session_.form.set_visible("Frame_progress", true);
+        session_.form.set_visible("Label_progress", true);
+        append("Creating inversion parameter files");
+    }
+
+    void write_input_files() {
+        if (context_.create_mode < 2) {
+            label("Write sensitivity input file");
+            yield();
+            write_weighting_input(session_, context_);
+            write_sensitivity_input(session_, context_);
+        }
+        label("Write inversion input file");
+        yield();
+        write_inversion_input(session_, context_, 0);
+
+        append("Creating inversion batch file");
+        label("Write inversion run file");
+        yield();
+        write_run_files(session_, context_);
+        if (use_weighting_model(definition_))
+            check_status(write_weighting_model(session_, 2, definition_.weight_multipliers, in_run("w.dat"), mesh().nx,
+                                               mesh().ny, mesh().nz));
+    }
+
+    void grid_topography() {
+        append("Gridding topo data ");
+        yield();
+        label("Generate topo data");
+        if (definition_.data_file_kinds[1] == 0) {
+            LocationFileSettings settings = location_settings(definition_, 1);
+            LocationData data;
+            LocationSummary summary;
+            check_status(read_locations_file(session_, settings, location_count_pass, data, summary));
+            if (data.count <= 0) throw StageFailure();
+            check_status(read_locations_file(session_, settings, location_fill_pass, data, summary));
+            label("Grid topo data");
+            session_.form.set_visible("ProgressBar_load_ubc_model", true);
+            check_status(grid_topo_from_points(session_, data.count, data.locations));
+        } else {
+            session_.form.set_visible("ProgressBar_load_ubc_model", true);
+            check_status(grid_topo_from_file(session_, definition_.data_file_names[1]));
+        }
+    }
+
+    /// Without topography the surface is the top of the mesh, so the later stages read it as any other.
+    void flat_surface() {
+        Topography& topography = session_.topography;
+        topography.size_surface(mesh().nx, mesh().ny);
+        const float top = static_cast<float>(mesh().z_nodes[1]);
+        for (int j = 1; j <= mesh().ny + 1; ++j)
+            for (int i = 1; i <= mesh().nx + 1; ++i) {
+                topography.topo_nodes(i, j) = top;
+                if (i <= mesh().nx && j <= mesh().ny) topography.topo_grid(i, j) = top;
+            }
+    }
+
+    /// The drape levels of the in-house mesh file: the lowest point of the surface, and that less the
+    /// mesh's thickness. The names follow the mesh file's fields, not what they hold.
+    TopoRange topography_range() {
+        TopoRange range;
+        if (definition_.inversion_method != method_zarninv3d) return range;
+        const Topography& topography = session_.topography;
+        range.high = range.low = topography.topo_nodes(1, 1);
+        for (int j = 1; j <= mesh().ny + 1; ++j)
+            for (int i = 1; i <= mesh().nx + 1; ++i) {
+                const float value = topography.topo_nodes(i, j);
+                if (value < range.high) range.high = value;
+                if (value > range.low) range.low = value;
+            }
+        for (int j = 1; j <= mesh().ny; ++j)
+            for (int i = 1; i <= mesh().nx; ++i) {
+                const float value = topography.topo_grid(i, j);
+                if (value < range.high) range.high = value;
+                if (value > range.low) range.low = value;
+            }
+        range.low = static_cast<float>(range.high - (mesh().z_nodes[1] - mesh().z_nodes[mesh().nz + 1]));
+        return range;
+    }
+
+    void write_mesh(const TopoRange& range) {
+        append("Creating inversion mesh files");
+        label("Write mesh file");
+        yield();
+        MeshFileRequest request = whole_mesh_request(mesh());
+        request.write_extended = write_extended_;
+        request.has_topo = mesh_has_topo_;
+        request.topo_grid = &session_.topography.topo_nodes;
+        request.mesh_format = mesh_format_;
+        request.drape_top = range.high;
+        request.drape_bottom = range.low;
+        write_mesh_file(in_run("mesh"), mesh(), request);
+    }
+
+    void write_model() {
+        append("Writing inversion model file");
+        label("Write model file");
+        yield();
+        const std::filesystem::path file = in_run(model_file_name(definition_, false));
+        std::error_code ignored;
+        std::filesystem::remove(file, ignored);
+        // A plain run starts from an empty model; the scale is a model's and defaults to 0.
+        ModelValues model;
+        model.size(mesh().nx, mesh().ny, mesh().nz, 0.0f);
+        ModelWriteRequest request = whole_model_request(model);
+        if (!(request.scale > 0)) request.scale = 1;
+        session_.form.set_visible("ProgressBar_load_ubc_model", true);
+        write_model_file(session_.dialogue, file, model, request);
+    }
+
+    void read_observed_data() {
+        append("Reading inversion data file");
+        label("Read observed data file");
+        yield();
+        check_status(process_inversion_data(session_));
+        const bool reader_count = definition_.obs_data_file_type == 0 && definition_.values_per_cell != 1;
+        const int count = reader_count ? session_.readings.read_count : session_.bins.bin_total;
+        append("Number of data read from file: " + format_picture(count, "0"));
+        label("Read observed data file");
+        yield();
+        if (definition_.topo_type == 0) {
+            append("Ensuring reading elevations are consistent with topo");
+            label("Process topo data");
+            yield();
+            check_status(process_inversion_topo(session_));
+        }
+    }
+
+    void write_observations() {
+        append("Writing observed data for use in the inversion");
+        label("Write observed data");
+        yield();
+        const std::string name = uses_magnetic_names(definition_) ? "mag.obs" : "grav.obs";
+        check_status(write_inversion_data(session_, 0, in_run(name), 1, mesh().nx + 1, 1, mesh().ny + 1, 0,
+                                          data_written_));
+    }
+
+    void write_reference_data() {
+        if (definition_.line_column <= 0 && definition_.extra_value_column <= 0) return;
+        const bool magnetic = uses_magnetic_names(definition_);
+        std::string name = magnetic ? "mag.ref" : "grav.ref";
+        // The in-house method reads the densified set as its data: it replaces the file just written.
+        if (definition_.inversion_method == method_zarninv3d && definition_.integration_interval > 0)
+            name = magnetic ? "mag.obs" : "grav.obs";
+        check_status(write_inversion_data(session_, 1, in_run(name), 1, mesh().nx + 1, 1, mesh().ny + 1, 0,
+                                          data_written_));
+    }
+
+    void write_topography() {
+        session_.form.set_visible("ProgressBar_load_ubc_model", false);
+        if (definition_.topo_type != 0) return;
+        append("Writing topo data for use in the inversion");
+        label("Write topo data file");
+        yield();
+        check_status(write_topo_file(session_, in_run("topo.dat"), 1, mesh().nx + 1, 1, mesh().ny + 1));
+    }
+
+    Session& session_;
+    const InversionDefinition& definition_;
+    RunContext context_;
+    int mesh_format_ = 0;
+    bool write_extended_ = false;
+    bool mesh_has_topo_ = false;
+    int data_written_ = 0;
+};
+
+/// The readers open the data files by the names the definition holds; a relative name means a file
+/// in the working directory. For the length of a creation the names are made whole, then put back,
+/// so the saved definitions keep what the person wrote.
+class WholeDataFileNames {
+public:
+    explicit WholeDataFileNames(Session& session) : names_(session.definition.data_file_names), kept_(names_) {
+        for (std::string& name : names_) {
+            if (trim(name).empty()) continue;
+            const std::filesystem::path path = native_path(trim(name));
+            if (path.is_relative()) name = (session.working_directory / path).string();
+        }
+    }
+    ~WholeDataFileNames() { names_ = kept_; }
+    WholeDataFileNames(const WholeDataFileNames&) = delete;
+    WholeDataFileNames& operator=(const WholeDataFileNames&) = delete;
+
+private:
+    std::array<std::string, 6>& names_;
+    std::array<std::string, 6> kept_;
+};
+
+/// What one creation sized is given back when it ends.
+void release_creation(Session& session) {
+    session.bins.size_bins(1, 1);
+    session.readings = ObservationList{};
+    session.topography.clear();
+    session.mesh = InversionMesh{};
+}
+
+}  // namespace
+
+int create_inversion(Session& session, const std::filesystem::path& run_directory, int create_mode) {
+    try {
+        {
+            WholeDataFileNames whole_names(session);
+            Driver(session, run_directory, create_mode).run();
+        }
+        append_progress(session, inversion_complete_text);
+        session.dialogue.message_box(std::string(output_complete_text));
+        release_creation(session);
+        session.form.set_visible("Frame_progress", false);
+        return 0;
+    } catch (const std::exception& fault) {
+        session.form.set_visible("Frame_progress", false);
+        session.form.set_visible("ProgressBar_load_ubc_model", false);
+        session.dialogue.message_box(std::string(create_failure_text) + fault.what());
+        return -1;
+    }
+}
+
+}  // namespace invsetup

@@ -1,0 +1,32 @@
+// src/form/create_commands.h - the Create tab's commands: create a run package (new, update,
+// variation) and find the batch file that starts a run.
+#pragma once
+#include <filesystem>
+#include <string>
+
+namespace invsetup {
+struct Session;
+
+/// The run directory the form names: the path of Dir1 with Text_directory_name (trimmed) below it.
+std::filesystem::path output_directory(const Session& session);
+
+/// Command_create_inversion(index): 0 "Create Inversion", 1 "Update Parameters" (input and batch
+/// files only), 2 "Generate Variation" (with Check_update_data_files on, new observation files too).
+/// Tests Drive1, Dir1 and Text_directory_name, refuses a directory name that is one of the run's file
+/// names, checks the definition (which builds the mesh), makes the run directory, saves the
+/// definition as "inversion.inp" in the working directory and as "<directory name>.inp" beside the
+/// run directory, then runs create_inversion. Returns 0 when the package was written, -1 after the
+/// message that ended the command.
+int create_command(Session& session, int index);
+
+/// The batch file that runs the package in the form's run directory: "iter_all.bat" for a tiled
+/// run, the inversion program's own file for a variation run, else "run_inversion.bat".
+std::string start_batch_file_name(const Session& session);
+
+/// Command_start_inversion: finds the batch file in the run directory and puts its full path in
+/// `batch_file`; starting it as a new process is the window's part (where Windows batch files can
+/// run). Returns 0 when it exists; -1 after "No drive has been selected", "No file location has
+/// been selected" or "The inversion batch file does not exist".
+int start_command(Session& session, std::filesystem::path& batch_file);
+
+}  // namespace invsetup
