@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
@@ -114,39 +115,56 @@ std::string_view trim_view(std::string_view text) {
 
 /// The whole trimmed field as a number, by the rules of is_numeric: sign, digits with one point,
 /// an exponent E or D with an optional sign. False when the field is anything else.
+/// Up to 15 digits and a decimal exponent within 22 the value is the digits times or divided by an
+/// exact power of ten: one rounding, the same double that from_chars gives, at a fraction of its cost.
 bool parse_field_number(std::string_view field, double& value) {
+    static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
     const std::string_view text = trim_view(field);
-    std::size_t i = 0;
+    const char* p = text.data();
+    const char* const end = p + text.size();
     bool negative = false;
-    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-        negative = text[i] == '-';
-        ++i;
+    if (p < end && (*p == '+' || *p == '-')) negative = *p++ == '-';
+    const char* const body = p;
+    std::uint64_t mantissa = 0;
+    int significant = 0;  // digits in the mantissa from the first non-zero one
+    int digits = 0;
+    int decimals = 0;
+    for (; p < end && is_digit(*p); ++p, ++digits) {
+        if (mantissa != 0 || *p != '0') ++significant;
+        mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
     }
-    const std::size_t body = i;
-    std::size_t digits = 0;
-    while (i < text.size() && is_digit(text[i])) ++i, ++digits;
-    if (i < text.size() && text[i] == '.') {
-        ++i;
-        while (i < text.size() && is_digit(text[i])) ++i, ++digits;
-    }
-    if (digits == 0) return false;
-    if (i < text.size()) {
-        const char e = text[i];
-        if (e != 'E' && e != 'e' && e != 'D' && e != 'd') return false;
-        std::size_t j = i + 1;
-        if (j < text.size() && (text[j] == '+' || text[j] == '-')) ++j;
-        if (j >= text.size() || !is_digit(text[j])) return false;
-        while (j < text.size() && is_digit(text[j])) ++j;
-        if (j != text.size()) return false;
-        if (e == 'D' || e == 'd') {  // from_chars knows only E
-            value = parse_number_prefix(text);
-            return true;
+    if (p < end && *p == '.') {
+        for (++p; p < end && is_digit(*p); ++p, ++digits, ++decimals) {
+            if (mantissa != 0 || *p != '0') ++significant;
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
         }
     }
-    const auto result = std::from_chars(text.data() + body, text.data() + text.size(), value);
-    if (result.ec != std::errc()) {
-        value = parse_number_prefix(text);  // out of range: the general parser decides
-        return true;
+    if (digits == 0) return false;
+    int exponent = 0;
+    bool d_exponent = false;
+    if (p < end) {
+        const char e = *p;
+        if (e != 'E' && e != 'e' && e != 'D' && e != 'd') return false;
+        d_exponent = e == 'D' || e == 'd';
+        ++p;
+        bool exponent_negative = false;
+        if (p < end && (*p == '+' || *p == '-')) exponent_negative = *p++ == '-';
+        if (p >= end || !is_digit(*p)) return false;
+        for (; p < end && is_digit(*p); ++p)
+            if (exponent < 100000) exponent = exponent * 10 + (*p - '0');
+        if (p != end) return false;
+        if (exponent_negative) exponent = -exponent;
+    }
+    const int scale = exponent - decimals;
+    if (significant <= 15 && scale >= -22 && scale <= 22) {
+        const double whole = static_cast<double>(mantissa);
+        value = scale < 0 ? whole / powers[-scale] : whole * powers[scale];
+    } else if (d_exponent) {  // from_chars knows only E
+        value = std::fabs(parse_number_prefix(text));
+    } else {
+        const auto result = std::from_chars(body, end, value);
+        if (result.ec != std::errc()) value = std::fabs(parse_number_prefix(text));  // out of range
     }
     if (negative) value = -value;
     return true;
@@ -208,24 +226,28 @@ public:
     }
 
 private:
+    /// Cuts the line into fields: at commas when it holds one (trimmed, quotes honoured), otherwise
+    /// into blank-separated words; maximum_column fields at most.
     int split(std::string_view line) {
         if (maximum_column_ == 0) return 0;
+        const char* const begin = line.data();
+        const char* const end = begin + line.size();
         int count = 0;
-        if (line.find(',') != std::string_view::npos) {
-            if (line.find('"') != std::string_view::npos) {  // quotes are rare: the general splitter
-                quoted_ = split_fields(line, maximum_column_);
-                for (const std::string& field : quoted_) fields_[static_cast<std::size_t>(count++)] = field;
-                return count;
+        if (std::memchr(begin, ',', line.size()) != nullptr) {
+            const char* start = begin;
+            for (const char* p = begin;; ++p) {
+                if (p == end || *p == ',') {
+                    fields_[static_cast<std::size_t>(count++)] =
+                        trim_view(std::string_view(start, static_cast<std::size_t>(p - start)));
+                    if (p == end || count == maximum_column_) return count;
+                    start = p + 1;
+                } else if (*p == '"') {  // quotes are rare: the general splitter takes the line
+                    quoted_ = split_fields(line, maximum_column_);
+                    count = 0;
+                    for (const std::string& field : quoted_) fields_[static_cast<std::size_t>(count++)] = field;
+                    return count;
+                }
             }
-            std::size_t start = 0;
-            for (;;) {
-                const std::size_t cut = line.find(',', start);
-                const std::size_t stop = cut == std::string_view::npos ? line.size() : cut;
-                fields_[static_cast<std::size_t>(count++)] = trim_view(line.substr(start, stop - start));
-                if (cut == std::string_view::npos || count == maximum_column_) break;
-                start = cut + 1;
-            }
-            return count;
         }
         std::string_view rest = line;
         for (; count < maximum_column_; ++count) fields_[static_cast<std::size_t>(count)] = next_word(rest);
@@ -308,7 +330,8 @@ private:
     /// apart than the integration interval; they carry this reading's values and label.
     void densify() {
         const double interval = settings_.integration_interval;
-        const double d = std::hypot(x_ - previous_x_, y_ - previous_y_);
+        const double east = x_ - previous_x_, north = y_ - previous_y_;
+        const double d = std::sqrt(east * east + north * north);
         if (!(d > interval)) return;
         int n = to_integer(d / interval);
         if (d - interval / 10 > n * interval) ++n;

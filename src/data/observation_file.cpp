@@ -134,6 +134,8 @@ std::size_t format_fixed4(double value, char* out) {
                                                      10000000000000000ULL,
                                                      100000000000000000ULL,
                                                      1000000000000000000ULL};
+    static constexpr double decades[] = {1e-8, 1e-7, 1e-6, 1e-5, 1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1,
+                                         1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11};
     const double magnitude = std::fabs(value);
     std::uint64_t units = 0;  // the value in units of 0.0001, rounded as the picture rounds
     bool fast = false;
@@ -142,7 +144,10 @@ std::size_t format_fixed4(double value, char* out) {
     } else if (magnitude < 1e11) {
         // The fifteen significant digits of the value, as an integer D with value = D * 10^(e - 14).
         // The product is exact as scaled + error; a product near a half is left to the general path.
-        const int e = static_cast<int>(std::floor(std::log10(magnitude)));
+        // The decimal exponent from the binary one (log10 of 2 is about 1233 / 4096), set right by
+        // one comparison; a decade missed shows as digits out of range below.
+        int e = (std::ilogb(magnitude) * 1233) >> 12;
+        if (e + 1 >= -8 && e + 1 <= 11 && magnitude >= decades[e + 1 + 8]) ++e;
         const int shift = 14 - e;
         if (shift >= 4 && shift <= 22) {
             const double scaled = magnitude * powers[shift];
@@ -210,9 +215,14 @@ int write_inversion_data(Session& session, int with_extras, const std::filesyste
         DataLineWriter lines(d, with_extras);
         written = 0;
         int last_percent = 0;
+        // A percent of a large file spans many lines: look at it every 1024th line then.
+        const int check_every = count < 102400 ? 1 : 1024;
+        int next_check = 0;
         auto emit = [&](const ObservationLine& reading) {
             out.write_line(lines.format(reading));
             ++written;
+            if (written < next_check) return;
+            next_check = written + check_every;
             const int percent = to_integer(static_cast<double>(written - 1) * 100 / count);
             if (percent > last_percent) {
                 last_percent = percent;
@@ -228,7 +238,7 @@ int write_inversion_data(Session& session, int with_extras, const std::filesyste
                       list.obs_values(3, k),
                       {list.obs_values(4, k), list.obs_values(5, k), list.obs_values(6, k)},
                       list.obs_values(7, k),
-                      list.obs_labels.size() >= k ? &list.obs_labels[k] : &no_label});
+                      list.obs_labels.size() >= k ? &list.obs_label(k) : &no_label});
             });
         } else {
             for (int j = y_first; j < y_end; ++j)

@@ -27,6 +27,12 @@ void ObservationBins::size_bins(int nx, int ny) {
     bin_total = 0;
 }
 
+const std::string& ObservationList::obs_label(int n) const {
+    static const std::string no_label;
+    const int index = obs_labels[n];
+    return index > 0 ? label_names[index] : no_label;
+}
+
 bool is_input_null(double value) {
     return value < -1e30 || std::fabs(value + 99999) < 1 || std::fabs(value + 9999) < 0.1 ||
            std::fabs(value + 999) < 0.01;
@@ -111,7 +117,8 @@ int process_point_file(Session& session, const PointTransform& working_transform
     if (keep_list) {
         list.obs_values.assign(7, count, 0.0);
         list.obs_cells.assign(count, 2, 0);
-        list.obs_labels.assign(count);
+        list.obs_labels.assign(count, 0);
+        list.label_names = data.line_names;
     }
     list.obs_count = 0;
     if (count == 0 || range.empty()) return 0;
@@ -127,7 +134,8 @@ int process_point_file(Session& session, const PointTransform& working_transform
     Progress progress(session.dialogue);
 
     for (int n = 1; n <= count; ++n) {
-        progress.show(static_cast<double>(n - 1) / count);
+        // A percent spans ten thousand readings of a million: looking every 1024th is enough.
+        if (count < 102400 || (n & 1023) == 1) progress.show(static_cast<double>(n - 1) / count);
         Reading r;
         r.x = data.locations(n, 1);
         r.y = data.locations(n, 2);
@@ -156,7 +164,8 @@ int process_point_file(Session& session, const PointTransform& working_transform
         }
         // The third value is read only to be tested: its slot carries the distance to the centre.
         if (d.data_type_count >= 3 && !nulls_kept && is_input_null(data.values(n, 3))) continue;
-        r.label = d.line_column > 0 ? &data.line_names[data.line_index[n]] : &no_label;
+        const int line = d.line_column > 0 ? data.line_index[n] : 0;  // 0 before the first line name
+        r.label = line > 0 ? &data.line_names[line] : &no_label;
         if (d.extra_value_column > 0) r.extra = data.extra_values[n];
 
         if (!(r.x >= x_low && r.x < x_high && r.y >= y_low && r.y < y_high)) continue;
@@ -180,20 +189,23 @@ int process_point_file(Session& session, const PointTransform& working_transform
             r.z = topography + minimum_height;
         }
 
-        const double distance = std::hypot(r.x - mesh.x_centres[i], r.y - mesh.y_centres[j]);
+        const double east = r.x - mesh.x_centres[i], north = r.y - mesh.y_centres[j];
+        const double distance = std::sqrt(east * east + north * north);
         ++list.obs_count;
-        if (keep_list) {
-            const int k = list.obs_count;
-            list.obs_values(1, k) = r.x;
-            list.obs_values(2, k) = r.y;
-            list.obs_values(3, k) = r.z;
-            list.obs_values(4, k) = r.value1;
-            list.obs_values(5, k) = r.value2;
-            list.obs_values(6, k) = distance;
-            list.obs_values(7, k) = r.extra;
-            list.obs_cells(k, 1) = i;
-            list.obs_cells(k, 2) = j;
-            if (d.line_column > 0) list.obs_labels[k] = *r.label;
+        if (keep_list) {  // the list was sized for every reading: k never passes count
+            const std::size_t k = static_cast<std::size_t>(list.obs_count - 1);
+            const std::size_t slot = static_cast<std::size_t>(count);
+            double* values = list.obs_values.data() + k;
+            values[0] = r.x;
+            values[slot] = r.y;
+            values[2 * slot] = r.z;
+            values[3 * slot] = r.value1;
+            values[4 * slot] = r.value2;
+            values[5 * slot] = distance;
+            values[6 * slot] = r.extra;
+            list.obs_cells.data()[2 * k] = i;
+            list.obs_cells.data()[2 * k + 1] = j;
+            list.obs_labels.data()[k] = line;
         }
 
         // Each bin keeps the reading nearest to its centre; of equal distances the first.

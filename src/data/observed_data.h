@@ -34,7 +34,11 @@ struct ObservationList {
     int obs_count = 0;  // readings accepted, counted also when the list is not kept
     Array2<double> obs_values;    // (7, n)
     Array2<int> obs_cells;        // (n, 2): X and Y cell
-    Array1<std::string> obs_labels;
+    /// The line label of reading n is label_names[obs_labels(n)]; obs_labels(n) is 0 (no label) when
+    /// no line column is given. The names are the survey lines of the point file.
+    Array1<int> obs_labels;
+    Array1<std::string> label_names;
+    const std::string& obs_label(int n) const;
     /// Readings the point file gave (its reader's count, densified points included); 0 for grids.
     int read_count = 0;
     /// Readings moved up to the minimum height above the topography, and the sum of the moves.

@@ -53,7 +53,8 @@ struct WriteObservations : ::testing::Test {
         list.obs_values(6, k) = 0.5;
         list.obs_cells(k, 1) = i;
         list.obs_cells(k, 2) = j;
-        list.obs_labels[k] = label;
+        list.label_names.resize(list.label_names.size() + 1, label);
+        list.obs_labels[k] = list.label_names.size();
     }
     std::string write(int with_extras = 0, int x_first = 1, int x_end = 4, int y_first = 1, int y_end = 3) {
         const auto path = dir.path() / "grav.obs";
@@ -125,7 +126,7 @@ TEST_F(WriteObservations, AListGivesAtMostValuesPerCellInFileOrder) {
     session.definition.values_per_cell = 3;
     session.readings.obs_values.assign(7, 8, 0.0);
     session.readings.obs_cells.assign(8, 2, 0);
-    session.readings.obs_labels.assign(8);
+    session.readings.obs_labels.assign(8, 0);
     for (int n = 1; n <= 5; ++n) add_reading(2, 1, n, "A");
     add_reading(1, 1, 6, "B");
     add_reading(3, 2, 7, "C");
