@@ -39,6 +39,9 @@ struct LocationFileSettings {
     double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
     /// Above 0: readings of one line further apart than this get evenly spaced points in between.
     float integration_interval = 0;
+    /// False when the caller needs no minima, maxima or means from the counting pass: without limits
+    /// and densifying that pass then only checks the form of the numbers, which is quicker.
+    bool keep_ranges = true;
 };
 
 /// Running results of a pass. Minima and maxima stay -1e32 when nothing counted; null values

@@ -107,6 +107,7 @@ int process_point_file(Session& session, const PointTransform& working_transform
 
     LocationFileSettings settings = location_settings(d, 0);
     settings.transform = working_transform;
+    settings.keep_ranges = false;
     LocationData data;
     LocationSummary summary;
     if (load_locations_file(session, settings, data, summary) < 0) return -1;

@@ -212,6 +212,14 @@ TEST_F(ReadLocations, CountingPassKeepsRangesAndMeansWithoutNulls) {
     EXPECT_TRUE(is_null(summary.value_min[1]));
 }
 
+TEST_F(ReadLocations, CountingByFormAloneCountsWhatTheFillingPassFinds) {
+    settings.keep_ranges = false;  // the quick counting pass: the filling pass checks the count
+    ASSERT_EQ(load("X Y Z V\n1 2 3 *\n-1e32 2 3 4\n5 6 x 8\n7,8\n"), 0);
+    EXPECT_EQ(data.count, 3);
+    EXPECT_TRUE(is_null(z(2)));
+    EXPECT_TRUE(dialogue.messages.empty());
+}
+
 TEST_F(ReadLocations, AGeosoftDatabaseFailsWithAdvice) {
     settings.file_kind = location_kind_database;
     EXPECT_EQ(load("anything"), -1);
