@@ -142,7 +142,13 @@ int start_command(Session& session, std::filesystem::path& batch_file) {
         session.dialogue.message_box("The inversion batch file does not exist");
         return -1;
     }
+#ifndef _WIN32
+    session.dialogue.message_box("Windows batch files can't be started on this system: run " + batch_file.string() +
+                                 " from its directory on Windows, where the inversion programs run");
+    return 1;
+#else
     return 0;
+#endif
 }
 
 }  // namespace invsetup

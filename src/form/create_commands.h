@@ -24,9 +24,11 @@ int create_command(Session& session, int index);
 std::string start_batch_file_name(const Session& session);
 
 /// Command_start_inversion: finds the batch file in the run directory and puts its full path in
-/// `batch_file`; starting it as a new process is the window's part (where Windows batch files can
-/// run). Returns 0 when it exists; -1 after "No drive has been selected", "No file location has
-/// been selected" or "The inversion batch file does not exist".
+/// `batch_file`; starting it as a new process, minimised and without waiting, is the window's part.
+/// Returns 0 when it exists and this system runs Windows batch files; 1 when it exists but this
+/// system can't run them (after a message that says so and where the file is); -1 after "No drive
+/// has been selected", "No file location has been selected" or "The inversion batch file does not
+/// exist".
 int start_command(Session& session, std::filesystem::path& batch_file);
 
 }  // namespace invsetup

@@ -304,8 +304,11 @@ TEST(StartCommand, FindsTheBatchFileOfTheRun) {
     EXPECT_EQ(dialogue.messages.back(), "The inversion batch file does not exist");
     fs::create_directories(dir.path() / "run1");
     write_file_bytes(dir.path() / "run1" / "run_inversion.bat", "rem\r\n");
-    ASSERT_EQ(start_command(session, batch), 0);
+    ASSERT_GE(start_command(session, batch), 0);
     EXPECT_EQ(batch, dir.path() / "run1" / "run_inversion.bat");
+#ifndef _WIN32
+    EXPECT_EQ(dialogue.messages.back().rfind("Windows batch files can't be started on this system: run ", 0), 0u);
+#endif
     session.definition.inversion_method = method_ubc_grav_v5;
     session.form.set_checked("Check_generate_inversion_variation", true);
     EXPECT_EQ(start_batch_file_name(session), "run_gzinv3d.bat");
