@@ -260,6 +260,19 @@ TEST_F(CreateInversion, InHouseMagneticRunDrapesTheMesh) {
     EXPECT_EQ(read_file_bytes(run / "mag.obs").substr(0, 22), "70.00 -10.50 50000.00\r");
 }
 
+TEST_F(CreateInversion, InHouseGravityTypeAndWeightingModel) {
+    InversionFields definition = tiny_definition();
+    definition.inversion_method = method_zarninv3d;
+    definition.data_types = {0, -1, -1, -1, -1, -1, -1};
+    definition.smoothness_weighting = 1;
+    load(definition, "zgrav");
+    ASSERT_EQ(create_command(session, 0), 0) << last_message();
+    const std::set<std::string> files = listing(runs / "zgrav");
+    for (const char* name : {"model.den", "grav.obs", "w.dat"}) EXPECT_TRUE(files.count(name)) << name;
+    EXPECT_FALSE(files.count("model.sus"));
+    EXPECT_EQ(read_file_bytes(runs / "zgrav" / "grav.obs").substr(0, 5), " 4 \r\n");
+}
+
 TEST_F(CreateInversion, DirectoryNameOfAnOutputFileIsRefused) {
     load(tiny_definition(), "MagInv3D");
     EXPECT_EQ(create_command(session, 0), -1);
