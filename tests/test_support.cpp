@@ -4,6 +4,8 @@
 #include <atomic>
 #include <fstream>
 #include <random>
+#include <cstdio>
+#include <sys/wait.h>
 #include <sstream>
 #include <stdexcept>
 
@@ -39,5 +41,27 @@ void write_file_bytes(const std::filesystem::path& path, const std::string& byte
 }
 
 std::filesystem::path test_data(const std::string& relative) { return std::filesystem::path(INVSETUP_TEST_DATA) / relative; }
+
+std::string quoted(const std::filesystem::path& path) {
+    std::string text(1, '"');
+    text.append(path.string());
+    text.push_back('"');
+    return text;
+}
+
+CliRun run_cli(const std::string& arguments) {
+    CliRun run;
+    TempDir scratch;
+    const std::filesystem::path err_file = scratch.path() / "stderr.txt";
+    const std::string command = quoted(INVSETUP_CLI) + " " + arguments + " 2>" + quoted(err_file);
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return run;
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) run.out.append(buffer, n);
+    const int status = pclose(pipe);
+    run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (std::filesystem::exists(err_file)) run.err = read_file_bytes(err_file);
+    return run;
+}
 
 }  // namespace invsetup::testing

@@ -25,4 +25,17 @@ void write_file_bytes(const std::filesystem::path& path, const std::string& byte
 /// A fixture below tests/data.
 std::filesystem::path test_data(const std::string& relative);
 
+/// A path in double quotes, for a shell command line.
+std::string quoted(const std::filesystem::path& path);
+
+/// What a run of the invsetup command line gave back.
+struct CliRun {
+    int exit_code = -1;
+    std::string out;
+    std::string err;
+};
+/// Runs the invsetup command line with `arguments` (already quoted where needed) and collects its
+/// exit status, standard output and standard error.
+CliRun run_cli(const std::string& arguments);
+
 }  // namespace invsetup::testing

@@ -13,39 +13,13 @@
 namespace {
 
 namespace fs = std::filesystem;
+using invsetup::testing::CliRun;
+using invsetup::testing::quoted;
 using invsetup::testing::read_file_bytes;
+using invsetup::testing::run_cli;
 using invsetup::testing::TempDir;
 using invsetup::testing::test_data;
 using invsetup::testing::write_file_bytes;
-
-struct CliRun {
-    int exit_code = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string quoted(const fs::path& path) {
-    std::string text(1, '"');
-    text.append(path.string());
-    text.push_back('"');
-    return text;
-}
-
-/// Runs the command line; stdout, stderr and the exit status come back.
-CliRun run_cli(const std::string& arguments, const fs::path& scratch) {
-    CliRun run;
-    const fs::path err_file = scratch / "stderr.txt";
-    const std::string command = quoted(INVSETUP_CLI) + " " + arguments + " 2>" + quoted(err_file);
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return run;
-    char buffer[4096];
-    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) run.out.append(buffer, n);
-    const int status = pclose(pipe);
-    run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    run.err = read_file_bytes(err_file);
-    fs::remove(err_file);
-    return run;
-}
 
 std::set<std::string> listing(const fs::path& folder) {
     std::set<std::string> names;
@@ -58,18 +32,15 @@ class CreateCommandLine : public ::testing::Test {
 protected:
     TempDir dir;
     fs::path survey = dir.path() / "survey";
-    fs::path scratch = dir.path() / "scratch";
 
     void SetUp() override {
         const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
-        fs::create_directories(scratch);
         fs::copy(examples / "magnetic", survey, fs::copy_options::recursive);
     }
 };
 
 TEST_F(CreateCommandLine, WritesThePackageAndReportsEachStage) {
-    const CliRun run = run_cli("create " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "runs" / "mag"),
-                               scratch);
+    const CliRun run = run_cli("create " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "runs" / "mag"));
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_NE(run.err.find("Checking inversion definitions\n"), std::string::npos);
     EXPECT_NE(run.err.find("Gridding topo data \n"), std::string::npos);
@@ -84,8 +55,7 @@ TEST_F(CreateCommandLine, WritesThePackageAndReportsEachStage) {
 }
 
 TEST_F(CreateCommandLine, QuietKeepsOnlyTheMessages) {
-    const CliRun run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"),
-                               scratch);
+    const CliRun run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"));
     ASSERT_EQ(run.exit_code, 0);
     EXPECT_EQ(run.err, "Output complete\n");
 }
@@ -95,23 +65,21 @@ TEST_F(CreateCommandLine, WorkdirHoldsTheDataAndTheSavedDefinition) {
     fs::create_directories(elsewhere);
     fs::rename(survey / "inversion.inp", elsewhere / "mag.inp");
     const CliRun run = run_cli("create --quiet --workdir " + quoted(survey) + " " + quoted(elsewhere / "mag.inp") + " " +
-                                   quoted(dir.path() / "run"),
-                               scratch);
+                                   quoted(dir.path() / "run"));
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_TRUE(fs::exists(survey / "inversion.inp"));
     EXPECT_EQ(listing(elsewhere), (std::set<std::string>{"mag.inp"}));
 }
 
 TEST_F(CreateCommandLine, FailuresExitOneWithTheirMessage) {
-    CliRun run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "MAGSEN3D"),
-                         scratch);
+    CliRun run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "MAGSEN3D"));
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(run.err, "The output directory name conflicts with the output file names\n");
     EXPECT_FALSE(fs::exists(dir.path() / "MAGSEN3D"));
 
     // A topography file without one point fails in the driver, after the input files.
     write_file_bytes(survey / "topo.xyz", "x,y,z\r\nnot,a,point\r\n");
-    run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"), scratch);
+    run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"));
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(run.err, "An error occurred while generating the inversion files: \n");
     EXPECT_TRUE(fs::exists(dir.path() / "run" / "maginv3d.inp"));
@@ -119,21 +87,21 @@ TEST_F(CreateCommandLine, FailuresExitOneWithTheirMessage) {
 }
 
 TEST_F(CreateCommandLine, UsageErrorsExitTwo) {
-    EXPECT_EQ(run_cli("create " + quoted(survey / "inversion.inp"), scratch).exit_code, 2);
-    EXPECT_EQ(run_cli("create --update-data " + quoted(survey / "inversion.inp") + " x", scratch).exit_code, 2);
-    EXPECT_EQ(run_cli("create --update --variation " + quoted(survey / "inversion.inp") + " x", scratch).exit_code, 2);
+    EXPECT_EQ(run_cli("create " + quoted(survey / "inversion.inp")).exit_code, 2);
+    EXPECT_EQ(run_cli("create --update-data " + quoted(survey / "inversion.inp") + " x").exit_code, 2);
+    EXPECT_EQ(run_cli("create --update --variation " + quoted(survey / "inversion.inp") + " x").exit_code, 2);
     EXPECT_FALSE(fs::exists(survey / "x"));
 }
 
 TEST_F(CreateCommandLine, CheckPrintsTheMeshWithoutWriting) {
-    const CliRun run = run_cli("check " + quoted(survey / "inversion.inp"), scratch);
+    const CliRun run = run_cli("check " + quoted(survey / "inversion.inp"));
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_NE(run.out.find("Mesh cells:  88 x 88 x 48 = 371712\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("The definition is valid.\n"), std::string::npos);
     EXPECT_EQ(listing(survey), (std::set<std::string>{"inversion.inp", "mag_data.csv", "topo.xyz"}));
 
     fs::remove(survey / "mag_data.csv");
-    EXPECT_EQ(run_cli("check " + quoted(survey / "inversion.inp"), scratch).exit_code, 1);
+    EXPECT_EQ(run_cli("check " + quoted(survey / "inversion.inp")).exit_code, 1);
 }
 
 }  // namespace

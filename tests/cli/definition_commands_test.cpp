@@ -10,30 +10,13 @@
 
 namespace {
 
+using invsetup::testing::CliRun;
+using invsetup::testing::quoted;
+using invsetup::testing::run_cli;
 using invsetup::testing::TempDir;
 using invsetup::testing::read_file_bytes;
 using invsetup::testing::test_data;
 using invsetup::testing::write_file_bytes;
-
-struct CliRun {
-    int exit_code = -1;
-    std::string out;
-};
-
-// Runs the command line with stderr dropped; the exit status and standard output come back.
-CliRun run_cli(const std::string& arguments) {
-    CliRun run;
-    std::string command = std::string("\"") + INVSETUP_CLI + "\" " + arguments + " 2>/dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return run;
-    char buffer[4096];
-    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) run.out.append(buffer, n);
-    int status = pclose(pipe);
-    run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
-std::string quoted(const std::filesystem::path& path) { return "\"" + path.string() + "\""; }
 
 std::filesystem::path example_definition() {
     return test_data("definition").parent_path().parent_path().parent_path() / "examples" / "magnetic" / "inversion.inp";

@@ -10,18 +10,13 @@
 
 namespace {
 
+using invsetup::testing::quoted;
 using invsetup::testing::TempDir;
 using invsetup::testing::read_file_bytes;
 using invsetup::testing::test_data;
 using invsetup::testing::write_file_bytes;
 
-int run_cli(const std::string& arguments) {
-    const std::string command = std::string("\"") + INVSETUP_CLI + "\" " + arguments + " >/dev/null 2>&1";
-    const int status = std::system(command.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string quoted(const std::filesystem::path& path) { return "\"" + path.string() + "\""; }
+int exit_code_of(const std::string& arguments) { return invsetup::testing::run_cli(arguments).exit_code; }
 
 std::string line_of(const std::string& text, const std::string& key) {
     const std::size_t start = text.find(key);
@@ -45,7 +40,7 @@ protected:
 };
 
 TEST_F(LimitsCommand, ObservedDataGiveTheXAndYLimits) {
-    ASSERT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --observed -o " +
+    ASSERT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --observed -o " +
                       quoted(dir.path() / "new.inp")),
               0);
     EXPECT_EQ(line_of(saved(), "X Range:").rfind("X Range: 500100.0", 0), 0u) << line_of(saved(), "X Range:");
@@ -56,7 +51,7 @@ TEST_F(LimitsCommand, ObservedDataGiveTheXAndYLimits) {
 }
 
 TEST_F(LimitsCommand, TopographyGivesTheZLimitsAndTheDepth) {
-    ASSERT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
+    ASSERT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
               0);
     // 4000 m wide: a depth of 1000 below zero; the top 640 rises to 650.
     EXPECT_EQ(line_of(saved(), "Z Range:").rfind("Z Range: -1000.0", 0), 0u) << line_of(saved(), "Z Range:");
@@ -64,11 +59,11 @@ TEST_F(LimitsCommand, TopographyGivesTheZLimitsAndTheDepth) {
 }
 
 TEST_F(LimitsCommand, NeedsOneSourceAndAReadableDefinition) {
-    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " -o " + quoted(dir.path() / "new.inp")), 2);
-    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "inversion.inp") + " --observed --topo -o " +
+    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " -o " + quoted(dir.path() / "new.inp")), 2);
+    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --observed --topo -o " +
                       quoted(dir.path() / "new.inp")),
               2);
-    EXPECT_EQ(run_cli("limits " + quoted(dir.path() / "absent.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
+    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "absent.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
               1);
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
 }

@@ -14,25 +14,14 @@ using testing::TempDir;
 using testing::read_file_bytes;
 using testing::write_file_bytes;
 
-struct CommandResult {
-    int exit_code;
-    std::string out;
-    std::string err;
-};
-
-CommandResult run_grid_info(const TempDir& dir, const std::filesystem::path& file) {
-    const auto out = dir.path() / "out.txt";
-    const auto err = dir.path() / "err.txt";
-    const std::string command = std::string("\"") + INVSETUP_CLI + "\" grid-info \"" + file.string() + "\" >\"" +
-                                out.string() + "\" 2>\"" + err.string() + "\"";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file_bytes(out), read_file_bytes(err)};
+testing::CliRun run_grid_info(const TempDir&, const std::filesystem::path& file) {
+    return testing::run_cli("grid-info " + testing::quoted(file));
 }
 
 TEST(GridInfoCommand, PrintsSizeLimitsAndStatistics) {
     TempDir dir;
     write_file_bytes(dir.path() / "small.grd", "DSAA\n3 2\n100 120\n200 210\n0 4\n0 1 2\n3 4 1.70141e38\n");
-    const CommandResult result = run_grid_info(dir, dir.path() / "small.grd");
+    const testing::CliRun result = run_grid_info(dir, dir.path() / "small.grd");
     EXPECT_EQ(result.exit_code, 0) << result.err;
     for (const char* line : {"Columns: 3\n", "Rows: 2\n", "X minimum: 100\n", "X maximum: 120\n", "Y spacing: 10\n",
                              "Present values: 5\n", "Null values: 1\n", "Mean: 2\n", "Maximum: 4\n"})
@@ -48,7 +37,7 @@ TEST(GridInfoCommand, PrintsWhereAPictureLies) {
                             std::string("\x04\0\0\0", 4) + std::string(16, '\0') + std::string("\xff\0\0\0", 4);
     write_file_bytes(dir.path() / "dot.bmp", bmp);
     write_file_bytes(dir.path() / "dot.bpw", "10\n0\n0\n-10\n500005\n7000095\n");
-    const CommandResult result = run_grid_info(dir, dir.path() / "dot.bmp");
+    const testing::CliRun result = run_grid_info(dir, dir.path() / "dot.bmp");
     EXPECT_EQ(result.exit_code, 0) << result.err;
     EXPECT_NE(result.out.find("Georeference: world file"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("X minimum: 500005\n"), std::string::npos) << result.out;
@@ -58,10 +47,10 @@ TEST(GridInfoCommand, PrintsWhereAPictureLies) {
 TEST(GridInfoCommand, UnreadableFileFailsWithTheMessage) {
     TempDir dir;
     write_file_bytes(dir.path() / "notes.grd", "not a grid\n");
-    const CommandResult result = run_grid_info(dir, dir.path() / "notes.grd");
+    const testing::CliRun result = run_grid_info(dir, dir.path() / "notes.grd");
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_NE(result.err.find("Failed to determine grid format"), std::string::npos) << result.err;
-    const CommandResult missing = run_grid_info(dir, dir.path() / "absent.grd");
+    const testing::CliRun missing = run_grid_info(dir, dir.path() / "absent.grd");
     EXPECT_EQ(missing.exit_code, 1);
     EXPECT_NE(missing.err.find("does not exist"), std::string::npos) << missing.err;
 }
