@@ -278,7 +278,10 @@ void display_data_file(Session& session, int slot) {
     const std::filesystem::path path = data_file_path(session, name);
     if (trim(name).empty() || !is_existing_file(path)) {
         definition.data_file_kinds.at(s) = kind_text;
-        if (slot == 1) set_topo_type(session, 1);
+        // Only an empty name means "no topography". A named file that has gone missing keeps the
+        // data file on, so that the checks ask for it and say so, rather than quietly inverting
+        // without the surface.
+        if (slot == 1 && trim(name).empty()) set_topo_type(session, 1);
         return;
     }
 

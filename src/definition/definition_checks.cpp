@@ -48,10 +48,10 @@ bool file_exists(const Session& session, const std::string& name) {
     return !find_file(path.string()).empty();
 }
 
-/// Looks further for a file that isn't where its name says; false only when the person gave up.
+/// Looks further for a file that isn't where its name says; true only when it was found. A person who
+/// neither picks the file nor stops the reading still has no file, and the check must say so.
 bool located(Session& session, const std::string& title, std::string& name) {
-    return locate_file(session.dialogue, session.file_search, session.working_directory.string(), title, name, "") >=
-           0;
+    return locate_file(session.dialogue, session.file_search, session.working_directory.string(), title, name, "") == 0;
 }
 
 /// A data file slot must exist, or be found elsewhere.

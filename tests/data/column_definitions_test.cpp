@@ -57,10 +57,14 @@ TEST_F(ColumnDefinitions, KindIsFoundWhenTheFileIsShown) {
     display_data_file(session, 0);
     EXPECT_EQ(session.definition.data_file_kinds[0], 2);
 
-    // A missing topography file turns the surface to the top of the mesh.
+    // A named topography file that has gone missing keeps the surface from the data file (the
+    // checks then ask for it); only an empty name turns to the top of the mesh.
     session.definition.data_file_names[1] = (dir.path() / "absent.xyz").string();
     display_data_file(session, 1);
     EXPECT_EQ(session.definition.data_file_kinds[1], 0);
+    EXPECT_EQ(session.definition.topo_type, 0);
+    session.definition.data_file_names[1].clear();
+    display_data_file(session, 1);
     EXPECT_EQ(session.definition.topo_type, 1);
     EXPECT_TRUE(session.form.checked("Check_topo_type", 1));
     EXPECT_TRUE(dialogue.messages.empty());

@@ -135,6 +135,17 @@ TEST_F(DefinitionChecks, MissingDataFileIsLookedForThenReported) {
                                    "The specified observed data file does not exist"}));
 }
 
+// A person who neither picks the file nor stops the reading still has no file: the check must fail
+// with its message, not go on with a missing topography and invert without the surface.
+TEST_F(DefinitionChecks, MissingTopographyFileFailsEvenWhenTheSearchIsNotCancelled) {
+    dialogue.answer_yes = false;
+    session.definition.data_file_names[1] = (dir.path() / "gone.xyz").string();
+    const Messages messages = failure();
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(messages.back(), "The topo file does not exist");
+    EXPECT_EQ(session.definition.topo_type, 0);
+}
+
 TEST_F(DefinitionChecks, ColumnDefinitionsOfThePointFile) {
     InversionDefinition& d = session.definition;
     set("Text_UBC_locations_nhead", "0", 0);
