@@ -392,12 +392,7 @@ std::vector<std::string> legacy_parameter_file_lines(const InversionFields& defi
     lines.emplace_back("Version 1.0");
     if (definition.refinement_mode == 1) add_refined_head(lines, definition, original_mesh_name);
     add_tail(lines, definition);
-    if (transform.active) {
-        lines.emplace_back("[Coordinate transform]");
-        for (std::string& line : transform_section_lines(transform)) lines.push_back(std::move(line));
-    }
-    lines.emplace_back("[Comments]");
-    for (std::string& line : comment_lines(comments)) lines.push_back(std::move(line));
+    append_closing_sections(lines, transform, comments);
     return lines;
 }
 

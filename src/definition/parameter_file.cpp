@@ -249,6 +249,16 @@ std::vector<std::string> comment_lines(std::string_view comments) {
     return lines;
 }
 
+void append_closing_sections(std::vector<std::string>& lines, const PointTransform& transform,
+                             std::string_view comments) {
+    if (transform.active) {
+        lines.emplace_back("[Coordinate transform]");
+        for (std::string& line : transform_section_lines(transform)) lines.push_back(std::move(line));
+    }
+    lines.emplace_back("[Comments]");
+    for (std::string& line : comment_lines(comments)) lines.push_back(std::move(line));
+}
+
 std::vector<std::string> transform_section_lines(const PointTransform& t) {
     auto listed = [](std::initializer_list<double> values) {
         std::string line;
@@ -353,12 +363,7 @@ std::vector<std::string> parameter_file_lines(const InversionFields& d, std::str
     add("Tile coarse model: ", whole(d.tile_coarse_model));
     add("Include regional mesh: ", whole(d.include_regional_mesh));
     add("Use Cluster Controller: ", whole(d.use_cluster_controller));
-    if (transform.active) {
-        lines.emplace_back("[Coordinate transform]");
-        for (std::string& line : transform_section_lines(transform)) lines.push_back(std::move(line));
-    }
-    lines.emplace_back("[Comments]");
-    for (std::string& line : comment_lines(comments)) lines.push_back(std::move(line));
+    append_closing_sections(lines, transform, comments);
     return lines;
 }
 

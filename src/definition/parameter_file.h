@@ -51,6 +51,10 @@ std::vector<std::string> comment_lines(std::string_view comments);
 /// The three lines of an active transform's section (without the heading): values in printed-list
 /// form, each followed by one blank.
 std::vector<std::string> transform_section_lines(const PointTransform& transform);
+/// Appends the closing sections both file versions share: "[Coordinate transform]" with its three
+/// lines when the transform is on, then "[Comments]" and the description's lines.
+void append_closing_sections(std::vector<std::string>& lines, const PointTransform& transform,
+                             std::string_view comments);
 /// Rescans `file` from its start for the heading "[Coordinate transform]" and reads its three lines
 /// into `transform`, then updates the derived values. Returns false when there is no such heading.
 bool read_transform_section(std::istream& file, PointTransform& transform, int& line_count);
