@@ -50,8 +50,9 @@ protected:
     void set(std::string_view name, std::string text, int index = no_index) {
         session.form.set_text(name, index, std::move(text));
     }
-    /// Runs the checks expecting a failure; gives the messages shown.
+    /// Runs the checks expecting a failure; gives the messages this run showed.
     Messages failure() {
+        dialogue.messages.clear();
         EXPECT_EQ(check_inversion_definitions(session), -1);
         return dialogue.messages;
     }
@@ -103,10 +104,8 @@ TEST_F(DefinitionChecks, MeshIsCheckedAxisByAxis) {
     d.mesh_cell_count[0] = 0;
     d.mesh_min[1] = 100;
     EXPECT_EQ(failure(), Messages{"Mesh x must have more than one cell"});
-    dialogue.messages.clear();
     d.mesh_cell_count[0] = 10;
     EXPECT_EQ(failure(), Messages{"Min y mesh must be less than max"});
-    dialogue.messages.clear();
     d.mesh_min[1] = 0;
     d.mesh_cell_size[2] = 0;
     EXPECT_EQ(failure(), Messages{"Mesh z cell size must be positive"});
@@ -116,15 +115,12 @@ TEST_F(DefinitionChecks, RegionalAndErrorsComeBeforeTheDataFiles) {
     session.definition.data_file_names[0].clear();
     set("Text_UBC_regional_scale", "0");
     EXPECT_EQ(failure(), Messages{"The field scale value cannot be 0"});
-    dialogue.messages.clear();
     set("Text_UBC_regional_scale", "1");
     set("Text_percent_error", "0");
     set("Text_error_floor", "0");
     EXPECT_EQ(failure(), Messages{"The percent error and error floor fields cannot both be zero"});
-    dialogue.messages.clear();
     set("Text_error_floor", "-1");
     EXPECT_EQ(failure(), Messages{"The error floor field must be non-negative"});
-    dialogue.messages.clear();
     set("Text_error_floor", "1");
     EXPECT_EQ(failure(), Messages{"The observed data file must be specified"});
 }
@@ -150,20 +146,16 @@ TEST_F(DefinitionChecks, ColumnDefinitionsOfThePointFile) {
     InversionDefinition& d = session.definition;
     set("Text_UBC_locations_nhead", "0", 0);
     EXPECT_EQ(failure(), Messages{"The number of the first data line must be positive"});
-    dialogue.messages.clear();
     set("Text_UBC_locations_nhead", "1", 0);
     d.data_value_columns[0] = 0;
     EXPECT_EQ(failure(), Messages{"The mag column location must be defined"});
-    dialogue.messages.clear();
     // x, y and a value in column 2: the last column must be at least 3.
     d.data_value_columns[0] = 2;
     d.data_z_columns[0] = 0;
     EXPECT_EQ(failure(), Messages{"There are not enough distinct fields for the observed data file"});
-    dialogue.messages.clear();
     d.data_value_columns[0] = 3;
     set("Text_UBC_locations_valcount", "x");
     EXPECT_EQ(failure(), Messages{"The nuber of values per cell is not numeric"});
-    dialogue.messages.clear();
     set("Text_UBC_locations_valcount", "1");
     set("Text_UBC_elevation_offset", "high", 0);
     EXPECT_EQ(failure(), Messages{"The elevation offset value is not numeric"});
@@ -175,7 +167,6 @@ TEST_F(DefinitionChecks, TopographyFileNeedsAnElevationColumn) {
     d.data_file_names[1] = (dir.path() / "topo.xyz").string();
     d.data_z_columns[1] = 0;
     EXPECT_EQ(failure(), Messages{"The Z column location must be defined"});
-    dialogue.messages.clear();
     d.data_z_columns[1] = 3;
     ASSERT_EQ(check_inversion_definitions(session), 0);
     EXPECT_EQ(d.topo_type, 0);
@@ -186,7 +177,6 @@ TEST_F(DefinitionChecks, ObservedGridThatIsNoGridIsNamed) {
     InversionDefinition& d = session.definition;
     d.obs_data_file_type = 1;
     EXPECT_EQ(failure(), Messages{"The observed data grid file must be specified"});
-    dialogue.messages.clear();
     testing::write_file_bytes(dir.path() / "field.txt", "not a grid\r\n");
     d.data_file_names[2] = (dir.path() / "field.txt").string();
     EXPECT_EQ(failure(), Messages{"The grid file format could not be dertermined for the file: field.txt"});
@@ -195,17 +185,14 @@ TEST_F(DefinitionChecks, ObservedGridThatIsNoGridIsNamed) {
 TEST_F(DefinitionChecks, FieldAndMethodParameters) {
     set("Text_mag_intensity", "0");
     EXPECT_EQ(failure(), Messages{"The mag intensity must be positive"});
-    dialogue.messages.clear();
     // A gravity type of the in-house method needs no field.
     session.definition.data_types[0] = 3;
     set("Text_line_azimuth", "north");
     EXPECT_EQ(failure(), Messages{"The line azimuth is not numeric"});
-    dialogue.messages.clear();
     set("Text_line_azimuth", "0");
     session.form.set_checked("Option_wavelet_parameters", 1, true);
     set("Text_wavelet_itol", "1.0");
     EXPECT_EQ(failure(), Messages{"The itol parameter must be either 1 or 2"});
-    dialogue.messages.clear();
     set("Text_wavelet_itol", "2");
     set("Text_inversion_par", "0");
     EXPECT_EQ(failure(), Messages{"The misfit/smoothness trade-off parameter must be positive"});
@@ -224,7 +211,6 @@ TEST_F(DefinitionChecks, GravityV2ChecksItsOwnParameters) {
     session.definition.inversion_method = method_ubc_grav_v2;
     set("Text_chi_factor", "0");
     EXPECT_EQ(failure(), Messages{"The Chi factor must be positive"});
-    dialogue.messages.clear();
     set("Text_chi_factor", "1");
     set("Text_subspace", "-1");
     EXPECT_EQ(failure(), Messages{"The Subspace size cannot be negative"});
@@ -236,11 +222,9 @@ TEST_F(DefinitionChecks, AlphasMayNotAllBeZeroAndGravityV3SkipsAlphaS) {
     set("Text_alpha_e", "0");
     set("Text_alpha_n", "-1");
     EXPECT_EQ(failure(), Messages{"The alpha N value must be positive"});
-    dialogue.messages.clear();
     set("Text_alpha_n", "0");
     set("Text_alpha_v", "0");
     EXPECT_EQ(failure(), Messages{"The alpha values cannot all be zero"});
-    dialogue.messages.clear();
     session.definition.inversion_method = method_ubc_grav_v3;
     set("Text_alpha_s", "x");  // not tested, and reads as 0
     set("Text_alpha_v", "1");
@@ -251,7 +235,6 @@ TEST_F(DefinitionChecks, ModelFilesMustExistUnlessTheyAreNumbers) {
     set("Text_initial_file", "absent.sus");
     EXPECT_EQ(failure(), Messages{"The specified initial model file does not exist in the folder: " +
                                   dir.path().string()});
-    dialogue.messages.clear();
     set("Text_initial_file", "null");
     set("Text_reference_file", "absent.sus");
     EXPECT_EQ(failure(), Messages{"The specified reference model file does not exist"});
@@ -301,12 +284,10 @@ TEST_F(DefinitionChecks, RefinementSettingsAreStoredAsIntegers) {
     set("Text_blend_overlap", "9");
     EXPECT_EQ(failure(), Messages{"The number of blend cells must be less than the number of overlap cells"});
     EXPECT_EQ(d.tile_overlap, 8);
-    dialogue.messages.clear();
     set("Text_blend_overlap", "8");  // as wide as the overlap passes
     set("Text_z_blend", "-1");
     EXPECT_EQ(failure(), Messages{"The number of z blend cells must be positive"});
     EXPECT_EQ(d.tile_xy_blend, 8);
-    dialogue.messages.clear();
     set("Text_z_blend", "2");
     d.mesh_cell_count[3] = 4;
     EXPECT_EQ(failure(),
