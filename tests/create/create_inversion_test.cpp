@@ -231,18 +231,6 @@ TEST_F(CreateInversion, GravityRunWithoutTopographyUsesDensityNames) {
     EXPECT_NE(read_file_bytes(run / "gzinv3d.inp").find("null"), std::string::npos);
 }
 
-TEST_F(CreateInversion, GravityV2HasNoSensitivityInputFile) {
-    InversionFields definition = tiny_definition();
-    definition.inversion_method = method_ubc_grav_v2;
-    definition.data_types = {0, -1, -1, -1, -1, -1, -1};
-    load(definition, "grav2");
-    ASSERT_EQ(create_command(session, 0), 0) << last_message();
-    const std::set<std::string> files = listing(runs / "grav2");
-    EXPECT_FALSE(files.count("gzsen3d.inp"));
-    EXPECT_TRUE(files.count("gzinv3d.inp"));
-    EXPECT_TRUE(files.count("model.den"));
-}
-
 TEST_F(CreateInversion, InHouseMagneticRunDrapesTheMesh) {
     InversionFields definition = tiny_definition();
     definition.inversion_method = method_zarninv3d;

@@ -89,7 +89,7 @@ TEST(ThreadSuffix, OnlyVersionFiveMethodsPassTheThreadCount) {
     d.inversion_method = method_ubc_grav_v5;
     d.number_of_threads = 0;
     EXPECT_EQ(thread_suffix_for(d), " 0");
-    for (int method : {0, 1, 2, 3, 4}) {
+    for (int method : {method_ubc_mag_v4, method_zarninv3d}) {
         d.inversion_method = method;
         EXPECT_EQ(thread_suffix_for(d), "") << method;
     }

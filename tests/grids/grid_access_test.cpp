@@ -126,12 +126,6 @@ protected:
     ImageRecord record;
 };
 
-TEST_F(ReadImageRecord, StartsWithLimitsThatTheFirstDataSet) {
-    const ImageRecord fresh;
-    EXPECT_EQ(fresh.grid_reals[grid_real::x_min], 1000000.0);
-    EXPECT_EQ(fresh.grid_reals[grid_real::y_max], -1000000.0);
-}
-
 TEST_F(ReadImageRecord, MissingFileAndLateRasterAreTold) {
     const std::string absent = (dir.path() / "absent.png").string();
     EXPECT_EQ(read_image_record(session, record, absent, 1, false), -1);

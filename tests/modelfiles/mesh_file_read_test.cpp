@@ -224,17 +224,5 @@ TEST_F(MeshRead, MissingFileIsReportedByTheTrap) {
     EXPECT_EQ(dialogue.messages[0].rfind("An error occurred while reading the mesh file : \n", 0), 0u);
 }
 
-TEST(ClearMesh, BackToNoMesh) {
-    LoadedMesh mesh;
-    mesh.loaded = true;
-    mesh.nx = 4;
-    mesh.pad_x_low = 2;
-    clear_mesh(mesh);
-    EXPECT_FALSE(mesh.loaded);
-    EXPECT_EQ(mesh.nx, 0);
-    EXPECT_EQ(mesh.pad_x_low, -1);
-    EXPECT_EQ(mesh.trapezoid.nodes.rows(), 1);
-}
-
 }  // namespace
 }  // namespace invsetup
