@@ -35,14 +35,17 @@ protected:
         write_file_bytes(dir.path() / "topo.xyz", "x y z\r\n500000 7000000 310\r\n504000 7000000 640\r\n"
                                                   "502000 7004000 400\r\n");
     }
+    /// Runs `limits` on a definition here with the options, writing new.inp; gives the exit status.
+    int limits(const std::string& options, const char* definition = "inversion.inp") {
+        return exit_code_of("limits " + quoted(dir.path() / definition) + " " + options + " -o " +
+                            quoted(dir.path() / "new.inp"));
+    }
     std::string saved() { return read_file_bytes(dir.path() / "new.inp"); }
     TempDir dir;
 };
 
 TEST_F(LimitsCommand, ObservedDataGiveTheXAndYLimits) {
-    ASSERT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --observed -o " +
-                      quoted(dir.path() / "new.inp")),
-              0);
+    ASSERT_EQ(limits("--observed"), 0);
     EXPECT_EQ(line_of(saved(), "X Range:").rfind("X Range: 500100.0", 0), 0u) << line_of(saved(), "X Range:");
     EXPECT_NE(line_of(saved(), "X Range:").find(" 503000.0"), std::string::npos);
     EXPECT_EQ(line_of(saved(), "Y Range:").rfind("Y Range: 7000000.0", 0), 0u) << line_of(saved(), "Y Range:");
@@ -51,20 +54,16 @@ TEST_F(LimitsCommand, ObservedDataGiveTheXAndYLimits) {
 }
 
 TEST_F(LimitsCommand, TopographyGivesTheZLimitsAndTheDepth) {
-    ASSERT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
-              0);
+    ASSERT_EQ(limits("--topo"), 0);
     // 4000 m wide: a depth of 1000 below zero; the top 640 rises to 650.
     EXPECT_EQ(line_of(saved(), "Z Range:").rfind("Z Range: -1000.0", 0), 0u) << line_of(saved(), "Z Range:");
     EXPECT_NE(line_of(saved(), "Z Range:").find(" 650.0"), std::string::npos);
 }
 
 TEST_F(LimitsCommand, NeedsOneSourceAndAReadableDefinition) {
-    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " -o " + quoted(dir.path() / "new.inp")), 2);
-    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "inversion.inp") + " --observed --topo -o " +
-                      quoted(dir.path() / "new.inp")),
-              2);
-    EXPECT_EQ(exit_code_of("limits " + quoted(dir.path() / "absent.inp") + " --topo -o " + quoted(dir.path() / "new.inp")),
-              1);
+    EXPECT_EQ(limits(""), 2);
+    EXPECT_EQ(limits("--observed --topo"), 2);
+    EXPECT_EQ(limits("--topo", "absent.inp"), 1);
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
 }
 

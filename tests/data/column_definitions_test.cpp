@@ -173,17 +173,23 @@ protected:
         definition.mesh_cell_count = {20, 40, 4, 0};
         session.record.mesh_cell_size = definition.mesh_cell_size;
     }
+    /// A point file in `slot` with a header line and x, y, z in columns 1 to 3.
+    void use_points(int slot, const std::string& name, const std::string& bytes) {
+        use_file(slot, name, bytes);
+        InversionDefinition& definition = session.definition;
+        const auto s = static_cast<std::size_t>(slot);
+        definition.data_file_kinds[s] = 0;
+        definition.data_first_lines[s] = 2;
+        definition.data_read_steps[s] = 1;
+        definition.data_x_columns[s] = 1;
+        definition.data_y_columns[s] = 2;
+        definition.data_z_columns[s] = 3;
+    }
 };
 
 TEST_F(SetLimits, TopographySetsTheZLimitsAndADepthOfAQuarterOfTheWidth) {
-    use_file(1, "topo.xyz", "x y z\r\n10 10 512\r\n1990 10 788\r\n1000 3990 600\r\n");
+    use_points(1, "topo.xyz", "x y z\r\n10 10 512\r\n1990 10 788\r\n1000 3990 600\r\n");
     InversionDefinition& definition = session.definition;
-    definition.data_file_kinds[1] = 0;
-    definition.data_first_lines[1] = 2;
-    definition.data_read_steps[1] = 1;
-    definition.data_x_columns[1] = 1;
-    definition.data_y_columns[1] = 2;
-    definition.data_z_columns[1] = 3;
     definition.inversion_method = method_ubc_mag_v5;
     ASSERT_EQ(Command_set_limits_from_file(session, 1), 0) << (dialogue.messages.empty() ? "" : dialogue.messages[0]);
     EXPECT_DOUBLE_EQ(definition.mesh_max[2], 800);  // 788 up to a multiple of 25
@@ -199,14 +205,8 @@ TEST_F(SetLimits, TopographySetsTheZLimitsAndADepthOfAQuarterOfTheWidth) {
 }
 
 TEST_F(SetLimits, ObservedDataSetsTheXAndYLimitsOnCellMultiples) {
-    use_file(0, "mag.csv", "x,y,z,tmi\r\n1030,2010,100,50\r\n1970,2990,100,70\r\n");
+    use_points(0, "mag.csv", "x,y,z,tmi\r\n1030,2010,100,50\r\n1970,2990,100,70\r\n");
     InversionDefinition& definition = session.definition;
-    definition.data_file_kinds[0] = 0;
-    definition.data_first_lines[0] = 2;
-    definition.data_read_steps[0] = 1;
-    definition.data_x_columns[0] = 1;
-    definition.data_y_columns[0] = 2;
-    definition.data_z_columns[0] = 3;
     definition.data_value_columns = {4, 0, 0};
     definition.values_per_cell = 1;
     session.form.set_text("Text_UBC_locations_valcount", "1");

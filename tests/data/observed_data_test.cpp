@@ -55,7 +55,9 @@ struct ProcessData : ::testing::Test {
         d.integration_interval = 0;
         session.bins.size_bins(10, 10);
     }
+    /// Writes the text as the point file and processes it into empty bins.
     int process(const std::string& text) {
+        session.bins.size_bins(10, 10);
         session.definition.data_file_names[0] = (dir.path() / "obs.csv").string();
         write_file_bytes(dir.path() / "obs.csv", text);
         return process_inversion_data(session);
@@ -140,7 +142,6 @@ TEST_F(ProcessData, TwoReadingsInOneCellKeepTheNearerInTheBin) {
     EXPECT_NEAR(bins().bin_value3(1, 1), std::sqrt(0.5), 1e-12);
 
     session.definition.values_per_cell = 0;
-    session.bins.size_bins(10, 10);
     ASSERT_EQ(process(text), 0);
     const ObservationList& list = session.readings;
     ASSERT_EQ(list.obs_count, 3);
@@ -159,12 +160,10 @@ TEST_F(ProcessData, HeightAboveTopoAddsTheSurfaceAndTheOffsetIsAddedOnce) {
     EXPECT_EQ(bins().bin_z(1, 1), 23);  // actual elevation: as read plus the offset
 
     d.sensor_height_type = 0;  // height above the surface, here the top of the mesh (50)
-    session.bins.size_bins(10, 10);
     ASSERT_EQ(process("10,10,20,1\n"), 0);
     EXPECT_EQ(bins().bin_z(1, 1), 73);
 
     d.data_z_columns = {0, 0};  // no elevation column: height 0 plus the offset above the surface
-    session.bins.size_bins(10, 10);
     ASSERT_EQ(process("10,10,20,1\n"), 0);
     EXPECT_EQ(bins().bin_z(1, 1), 53);
 }
@@ -189,7 +188,6 @@ TEST_F(ProcessData, ReadingsBelowTheMinimumClearanceAreLiftedAndCounted) {
     EXPECT_EQ(session.form.text("Text_progress"), "Number of data points shifted: 2 average shift: 2.5\r\n");
 
     d.elevation_offsets = {0, 0, 0};  // no minimum: readings under the surface stay there
-    session.bins.size_bins(10, 10);
     session.form.set_text("Text_progress", "");
     ASSERT_EQ(process("10,10,-20,1\n"), 0);
     EXPECT_EQ(bins().bin_z(1, 1), -20);

@@ -61,18 +61,13 @@ TEST(ControlTable, ArraysHaveNoPlainTwin) {
 TEST(ControlTable, DesignTimeTextsAreTheForms) {
     FormModel form;
     EXPECT_EQ(form.text("Text_iterations"), "30");
-    EXPECT_EQ(form.text("Text_wavelet_eps"), "0.01");
-    EXPECT_EQ(form.text("Text_alpha_s"), "0.0001");
     EXPECT_EQ(form.text("Text_weight_multipliers"), "16,8,4,2,1");
     EXPECT_EQ(form.text("Text_depth_weighting_file", 1), "null");
     EXPECT_EQ(form.text("Text_UBC_locations_magpos", 0), "4");
     EXPECT_EQ(form.text("Text_UBC_locations_magpos", 1), "");
-    EXPECT_EQ(form.text("Text_cell_size", 3), "1");
     EXPECT_EQ(form.text("Text_x_tile_size"), "128");
-    EXPECT_EQ(form.control("menu_read_file", 0).caption, "All Defintions");
     EXPECT_EQ(form.control("menu_read_file", 4).caption, "Mesh Defintions");
     EXPECT_EQ(form.control("Command_create_inversion", 2).caption, "Generate Variation");
-    EXPECT_EQ(form.control("Check_topo_type", 1).caption, "Use top of inversion mesh");
     EXPECT_EQ(form.control("Text_min_val", 2).spec->meaning,
               "Bottom elevation  of core of mesh with uniform cell size");
     EXPECT_EQ(form.control("Text_description").spec->kind, ControlKind::rich_text);

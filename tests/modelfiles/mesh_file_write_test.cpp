@@ -27,6 +27,14 @@ InversionMesh mesh_of(std::vector<double> dx, std::vector<double> dy, std::vecto
     return mesh;
 }
 
+/// The whole mesh with the extended trailer of the format.
+MeshFileRequest extended_request(const InversionMesh& mesh, int format) {
+    MeshFileRequest request = whole_mesh_request(mesh);
+    request.write_extended = true;
+    request.mesh_format = format;
+    return request;
+}
+
 Array1<double> widths(std::vector<double> values) {
     Array1<double> a(static_cast<int>(values.size()));
     for (int i = 1; i <= a.size(); ++i) a[i] = values[static_cast<std::size_t>(i - 1)];
@@ -67,9 +75,7 @@ TEST(MeshFile, PlainFileHasCountsOriginAndWidths) {
 
 TEST(MeshFile, TrailerWritesFormatCountsAndTopographyRows) {
     const InversionMesh mesh = mesh_of({10}, {10}, {5, 5, 5});
-    MeshFileRequest request = whole_mesh_request(mesh);
-    request.write_extended = true;
-    request.mesh_format = 5;
+    MeshFileRequest request = extended_request(mesh, 5);
     request.drape_top = 100;
     request.drape_bottom = 20.25f;
     request.air_cells = 8;
@@ -88,9 +94,7 @@ TEST(MeshFile, TrailerWritesFormatCountsAndTopographyRows) {
 
 TEST(MeshFile, TopographyLineBreaksPastSeventyCharacters) {
     const InversionMesh mesh = mesh_of(std::vector<double>(12, 10.0), {10}, {5});
-    MeshFileRequest request = whole_mesh_request(mesh);
-    request.write_extended = true;
-    request.mesh_format = 2;
+    MeshFileRequest request = extended_request(mesh, 2);
     request.has_topo = true;
     Array2<float> topo(13, 2, 100.0f);
     request.topo_grid = &topo;
@@ -103,9 +107,7 @@ TEST(MeshFile, TopographyLineBreaksPastSeventyCharacters) {
 
 TEST(MeshFile, TrapezoidalWithoutTopographySaysFormatTwo) {
     const InversionMesh mesh = mesh_of({10}, {10}, {5});
-    MeshFileRequest request = whole_mesh_request(mesh);
-    request.write_extended = true;
-    request.mesh_format = 4;
+    MeshFileRequest request = extended_request(mesh, 4);
     request.has_trapezoid = true;
     Array2<std::array<double, 2>> nodes(2, 2, {0.0, 0.0});
     nodes(2, 1) = {10.004, 0.5};
@@ -119,8 +121,7 @@ TEST(MeshFile, TrapezoidalWithoutTopographySaysFormatTwo) {
 
 TEST(MeshFile, FormatZeroHasNoTopographyBlockEvenWithTopography) {
     const InversionMesh mesh = mesh_of({10}, {10}, {5});
-    MeshFileRequest request = whole_mesh_request(mesh);
-    request.write_extended = true;
+    MeshFileRequest request = extended_request(mesh, 0);
     request.has_topo = true;
     Array2<float> topo(2, 2);
     request.topo_grid = &topo;
