@@ -136,15 +136,21 @@ TEST(ZarnsenInputLines, SpecifiedWaveletCarriesTheBackgroundAndTensorTypesTheAzi
               (Lines{"mesh", "grav.obs", "null", "1 1 0", "3 0.5", "daub4", "1 0.001 -250", "3 0 0.0"}));
 }
 
-TEST(WriteSensitivityInput, WritesBothFilesWithCrLfAndSetsTheSuffix) {
+class WriteSensitivityInput : public ::testing::Test {
+protected:
+    void SetUp() override {
+        initialise_inversion_form(session);
+        context.run_directory = dir.path();
+    }
     HeadlessDialogue dialogue;
     Session session{dialogue};
-    initialise_inversion_form(session);
     TempDir dir;
+    RunContext context;
+};
+
+TEST_F(WriteSensitivityInput, WritesBothFilesWithCrLfAndSetsTheSuffix) {
     session.definition = definition_for(method_ubc_mag_v5);
     session.definition.wavelet_type = 1;  // the row "daub2" of the list
-    RunContext context;
-    context.run_directory = dir.path();
     write_weighting_input(session, context);
     write_sensitivity_input(session, context);
     EXPECT_EQ(context.thread_suffix, " 4");
@@ -153,13 +159,8 @@ TEST(WriteSensitivityInput, WritesBothFilesWithCrLfAndSetsTheSuffix) {
               "mesh\r\nmag.obs\r\ntopo.dat\r\ndepth_weight.txt\r\ndaub2\r\n1 0.001\r\n1\r\n");
 }
 
-TEST(WriteSensitivityInput, GravityV2WritesNeitherFile) {
-    HeadlessDialogue dialogue;
-    Session session{dialogue};
-    TempDir dir;
+TEST_F(WriteSensitivityInput, GravityV2WritesNeitherFile) {
     session.definition = definition_for(method_ubc_grav_v2);
-    RunContext context;
-    context.run_directory = dir.path();
     context.thread_suffix = "stale";
     write_weighting_input(session, context);
     write_sensitivity_input(session, context);

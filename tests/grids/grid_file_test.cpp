@@ -18,11 +18,11 @@ using testing::ramp_values;
 
 constexpr float null_float = -1e32f;
 
-GridHeader header_of(const std::filesystem::path& path) {
+GridHeader header_of(const std::filesystem::path& path, int expected_status = 0) {
     GridHeader header;
     int status = -9;
     GRDRDH(path.string(), header.grid_ints, header.grid_reals, header.grid_text, status);
-    EXPECT_EQ(status, 0) << path;
+    EXPECT_EQ(status, expected_status) << path;
     return header;
 }
 
@@ -126,24 +126,13 @@ TEST(GridFormats, HeightFileIsPlacedByItsNameAndVoidsAreNull) {
     EXPECT_EQ(grid.value(1, 3), 1.0f);
 
     write_file_bytes(dir.path() / "S01E003.hgt", bytes + "xyz");  // not a square of heights
-    Array1<int> ints;
-    Array1<double> reals;
-    std::string text;
-    int status = 0;
-    GRDRDH((dir.path() / "S01E003.hgt").string(), ints, reals, text, status);
-    EXPECT_EQ(status, -1);
+    header_of(dir.path() / "S01E003.hgt", -1);
 }
 
 TEST(GridHeaders, UnreadableAndRotatedGridsFail) {
     TempDir dir;
-    Array1<int> ints;
-    Array1<double> reals;
-    std::string text;
-    int status = 0;
     write_file_bytes(dir.path() / "notes.grd", "this is not a grid\n");
-    GRDRDH((dir.path() / "notes.grd").string(), ints, reals, text, status);
-    EXPECT_EQ(status, -1);
-    EXPECT_EQ(ints[grid_int::kind], 0);
+    EXPECT_EQ(header_of(dir.path() / "notes.grd", -1).kind(), 0);
 
     GDALAllRegister();
     const auto rotated = dir.path() / "rotated.tif";
@@ -152,8 +141,7 @@ TEST(GridHeaders, UnreadableAndRotatedGridsFail) {
     double transform[6] = {0, 10, 2, 100, 2, -10};
     GDALSetGeoTransform(dataset, transform);
     GDALClose(dataset);
-    GRDRDH(rotated.string(), ints, reals, text, status);
-    EXPECT_EQ(status, -1);
+    header_of(rotated, -1);
 }
 
 TEST(GridHeaders, ValidityNeedsOrderedLimitsAndPositiveSpacings) {
@@ -168,15 +156,14 @@ TEST(GridHeaders, ValidityNeedsOrderedLimitsAndPositiveSpacings) {
     header.grid_reals[grid_real::x_spacing] = 10;
     header.grid_reals[grid_real::y_spacing] = 10;
     EXPECT_TRUE(is_valid_grid_header(header.grid_ints, header.grid_reals));
-    GridHeader flat = header;
-    flat.grid_reals[grid_real::x_max] = 0;
-    EXPECT_FALSE(is_valid_grid_header(flat.grid_ints, flat.grid_reals));
-    GridHeader no_kind = header;
-    no_kind.grid_ints[grid_int::kind] = 0;
-    EXPECT_FALSE(is_valid_grid_header(no_kind.grid_ints, no_kind.grid_reals));
-    GridHeader no_spacing = header;
-    no_spacing.grid_reals[grid_real::y_spacing] = 0;
-    EXPECT_FALSE(is_valid_grid_header(no_spacing.grid_ints, no_spacing.grid_reals));
+    const auto valid_with = [&header](auto change) {
+        GridHeader changed = header;
+        change(changed);
+        return is_valid_grid_header(changed.grid_ints, changed.grid_reals);
+    };
+    EXPECT_FALSE(valid_with([](GridHeader& h) { h.grid_reals[grid_real::x_max] = 0; }));  // flat
+    EXPECT_FALSE(valid_with([](GridHeader& h) { h.grid_ints[grid_int::kind] = 0; }));
+    EXPECT_FALSE(valid_with([](GridHeader& h) { h.grid_reals[grid_real::y_spacing] = 0; }));
 }
 
 class GridWindows : public ::testing::Test {
