@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
 
 #include "support/numbers.h"
 #include "test_support.h"
@@ -246,14 +245,6 @@ TEST(ReadObsDataTypes, VersionThreeCountsMinusOneEntriesOlderStopsThere) {
     EXPECT_EQ(words.data_type_count, 1);  // a word that isn't wholly numeric ends the list
     EXPECT_EQ(words.calculation_data_type_count, 1);
     EXPECT_EQ(words.calculation_data_types[0], 5);
-}
-
-TEST(ReadObsDataTypes, MoreThanSevenIsAFaultForTheCaller) {
-    std::istringstream file("Version 3.0\r\nObs data types  : 1 2 3 4 5 6 20 21\r\n");
-    int version = 0, lines = 0, status = -1;
-    read_parameter_file_version(file, version);
-    ParameterRecord record;
-    EXPECT_THROW(read_inversion_parameters(record, version, file, 0, lines, status), std::out_of_range);
 }
 
 TEST(ReadKeyLines, SpecialRulesOfSingleKeys) {

@@ -49,6 +49,7 @@ TEST_F(FileCommands, CancelledReadDoesNothing) {
 }
 
 TEST_F(FileCommands, FaultWhileReadingNamesTheFile) {
+    // Eight data types overflow the seven slots: a fault inside the reader, caught by the command.
     write_file_bytes(dir.path() / "many.inp", "Version 3.0\r\nObs data types  : 1 2 3 4 5 6 20 21\r\n");
     dialogue.file_answers.push_back((dir.path() / "many.inp").string());
     EXPECT_EQ(read_command(session, 0), -1);
