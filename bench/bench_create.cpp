@@ -114,7 +114,7 @@ int main(int argc, char** argv) {
     std::string stages;
     std::size_t seen = 0;
     session.form.subscribe([&](const invsetup::Control& control, invsetup::ControlProperty property) {
-        if (property != invsetup::ControlProperty::value || control.spec->name != "Text_progress") return;
+        if (property != invsetup::ControlProperty::value || control.declared->name != "Text_progress") return;
         if (control.text.size() < seen) seen = 0;
         const double at = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         std::size_t end;

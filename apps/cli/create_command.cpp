@@ -71,7 +71,7 @@ private:
 void follow_progress_text(Session& session, ScriptDialogue& dialogue) {
     auto printed = std::make_shared<std::size_t>(0);
     session.form.subscribe([&dialogue, printed](const Control& control, ControlProperty property) {
-        if (property != ControlProperty::value || control.spec->name != "Text_progress") return;
+        if (property != ControlProperty::value || control.declared->name != "Text_progress") return;
         const std::string& text = control.text;
         if (text.size() < *printed) *printed = 0;
         while (true) {

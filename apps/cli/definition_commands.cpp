@@ -20,8 +20,8 @@ namespace {
 constexpr int tab_count = 5;
 
 std::string control_label(const Control& control) {
-    std::string label(control.spec->name);
-    if (control.spec->index != no_index) label += "(" + std::to_string(control.spec->index) + ")";
+    std::string label(control.declared->name);
+    if (control.declared->index != no_index) label += "(" + std::to_string(control.declared->index) + ")";
     return label;
 }
 
@@ -44,7 +44,7 @@ bool is_shown(const FormModel& form, const Control& control) {
     for (int depth = 0; depth < 8; ++depth) {
         if (!current->visible) return false;
         const Control* frame = nullptr;
-        if (current->spec->frame.empty() || !find_frame(form, current->spec->frame, frame)) return true;
+        if (current->declared->frame.empty() || !find_frame(form, current->declared->frame, frame)) return true;
         current = frame;
     }
     return true;
@@ -53,14 +53,14 @@ bool is_shown(const FormModel& form, const Control& control) {
 std::string tab_caption(const FormModel& form, int tab) {
     const Control& tabs = form.control("Tab_inversion");
     if (tab < static_cast<int>(tabs.rows.size())) return tabs.rows[static_cast<std::size_t>(tab)].text;
-    std::string_view rows = tabs.spec->rows;
+    std::string_view rows = tabs.declared->rows;
     for (int skipped = 0; skipped < tab; ++skipped) rows.remove_prefix(std::min(rows.size(), rows.find('\n') + 1));
     return std::string(rows.substr(0, rows.find('\n')));
 }
 
 /// The value a control holds as text; false for controls that hold none (buttons, labels, frames).
 bool control_value(const Control& control, std::string& value) {
-    switch (control.spec->kind) {
+    switch (control.declared->kind) {
         case ControlKind::text_box:
             value = control.text;
             return true;
@@ -92,7 +92,7 @@ void print_form(const FormModel& form, std::ostream& out) {
         out << "== " << tab_caption(form, tab) << " ==\n";
         for (const Control* control : controls) {
             std::string value;
-            if (control->spec->tab != tab || !control_value(*control, value)) continue;
+            if (control->declared->tab != tab || !control_value(*control, value)) continue;
             out << control_label(*control) << " =";
             if (!value.empty()) out << ' ' << value;
             if (!is_shown(form, *control)) out << " [hidden]";

@@ -16,24 +16,24 @@ std::string control_label(std::string_view name, int index) {
 }  // namespace
 
 FormModel::FormModel() {
-    for (const ControlSpec& spec : form_control_table()) {
+    for (const ControlSpec& entry : form_control_table()) {
         Control control;
-        control.spec = &spec;
-        if (spec.kind == ControlKind::text_box || spec.kind == ControlKind::rich_text)
-            control.text = std::string(spec.text);
+        control.declared = &entry;
+        if (entry.kind == ControlKind::text_box || entry.kind == ControlKind::rich_text)
+            control.text = std::string(entry.text);
         else
-            control.caption = std::string(spec.text);
-        std::string_view rows = spec.rows;
+            control.caption = std::string(entry.text);
+        std::string_view rows = entry.rows;
         while (!rows.empty()) {
             std::size_t end = rows.find('\n');
             control.rows.push_back({std::string(rows.substr(0, end)), 0});
             rows = end == std::string_view::npos ? std::string_view{} : rows.substr(end + 1);
         }
-        if (spec.kind == ControlKind::button || spec.kind == ControlKind::check_box ||
-            spec.kind == ControlKind::option_button || spec.kind == ControlKind::label)
+        if (entry.kind == ControlKind::button || entry.kind == ControlKind::check_box ||
+            entry.kind == ControlKind::option_button || entry.kind == ControlKind::label)
             control.back_colour = colour_button_face;
-        auto [it, inserted] = controls_.emplace(Key{std::string(spec.name), spec.index}, std::move(control));
-        if (!inserted) throw std::logic_error("control declared twice: " + control_label(spec.name, spec.index));
+        auto [it, inserted] = controls_.emplace(Key{std::string(entry.name), entry.index}, std::move(control));
+        if (!inserted) throw std::logic_error("control declared twice: " + control_label(entry.name, entry.index));
         order_.push_back(&it->second);
     }
 }

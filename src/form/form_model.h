@@ -49,7 +49,7 @@ inline constexpr std::uint32_t colour_window = 0x80000005;
 inline constexpr std::uint32_t colour_button_face = 0x8000000F;
 
 struct Control {
-    const ControlSpec* spec = nullptr;
+    const ControlSpec* declared = nullptr;  // the control's entry in the table
     std::string text;          // text box value
     int list_index = -1;       // list selection, -1 for none; also a tab container's selected tab
     bool checked = false;      // check box 0/1, option button true/false

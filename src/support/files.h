@@ -42,8 +42,8 @@ struct FileSearchMemory {
 /// original's last folders), in the directories remembered from earlier searches, and at last by
 /// asking the person ("Could not find <title or name> please specify its location" and a file
 /// chooser). Returns 0 with `file_name` rewritten to the found path; after a cancelled chooser, a
-/// negative status when "Cancel reading rest of specification file?" is answered Yes, and 1 (not
-/// found, `file_name` unchanged, the caller goes on) when it is answered No.
+/// negative status when the person chooses to stop reading the rest of the definition file, and 1
+/// (not found, `file_name` unchanged) when they choose to go on.
 int locate_file(Dialogue& dialogue, FileSearchMemory& memory, const std::string& working_directory,
                 const std::string& title, std::string& file_name, const std::string& directory);
 

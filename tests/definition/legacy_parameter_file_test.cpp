@@ -59,11 +59,11 @@ TEST(LegacyParameterFile, HandMadeFileFillsTheFormLikeItsVersionThreeTwin) {
     for (std::size_t i = 0; i < legacy_controls.size(); ++i) {
         const Control& a = *legacy_controls[i];
         const Control& b = *twin_controls[i];
-        if (a.spec->name == "Form_mag3d") continue;  // the caption names the file
-        EXPECT_EQ(a.text, b.text) << a.spec->name << "(" << a.spec->index << ")";
-        EXPECT_EQ(a.list_index, b.list_index) << a.spec->name << "(" << a.spec->index << ")";
-        EXPECT_EQ(a.checked, b.checked) << a.spec->name << "(" << a.spec->index << ")";
-        EXPECT_EQ(a.visible, b.visible) << a.spec->name << "(" << a.spec->index << ")";
+        if (a.declared->name == "Form_mag3d") continue;  // the caption names the file
+        EXPECT_EQ(a.text, b.text) << a.declared->name << "(" << a.declared->index << ")";
+        EXPECT_EQ(a.list_index, b.list_index) << a.declared->name << "(" << a.declared->index << ")";
+        EXPECT_EQ(a.checked, b.checked) << a.declared->name << "(" << a.declared->index << ")";
+        EXPECT_EQ(a.visible, b.visible) << a.declared->name << "(" << a.declared->index << ")";
     }
 }
 

@@ -68,9 +68,9 @@ TEST(ControlTable, DesignTimeTextsAreTheForms) {
     EXPECT_EQ(form.text("Text_x_tile_size"), "128");
     EXPECT_EQ(form.control("menu_read_file", 4).caption, "Mesh Defintions");
     EXPECT_EQ(form.control("Command_create_inversion", 2).caption, "Generate Variation");
-    EXPECT_EQ(form.control("Text_min_val", 2).spec->meaning,
+    EXPECT_EQ(form.control("Text_min_val", 2).declared->meaning,
               "Bottom elevation  of core of mesh with uniform cell size");
-    EXPECT_EQ(form.control("Text_description").spec->kind, ControlKind::rich_text);
+    EXPECT_EQ(form.control("Text_description").declared->kind, ControlKind::rich_text);
 }
 
 TEST(ControlTable, ListRowsAreTheForms) {
