@@ -7,6 +7,7 @@
 
 #include "data/column_definitions.h"
 #include "form/field_validators.h"
+#include "grids/grid_access.h"
 #include "mesh/mesh_definition.h"
 #include "mesh/tile_layout.h"
 #include "session.h"
@@ -467,6 +468,11 @@ void load_mag3d_form(Session& session, int group) {
         // A fault stops the load where it happened; the form keeps what was written so far.
     }
     form.updating_form = false;
+}
+
+std::filesystem::path unload_mag3d_form(Session& session) {
+    remove_temporary_grid(session.grids.current_grid_file, session.grids.temporary_grid_name);
+    return session.working_directory;
 }
 
 }  // namespace invsetup

@@ -3,6 +3,7 @@
 
 #include "form/form_load.h"
 #include "session.h"
+#include "test_support.h"
 
 namespace invsetup {
 namespace {
@@ -285,6 +286,23 @@ TEST_F(LoadForm, AllGroupsLeaveTheDefinitionAsTheFormShowsIt) {
     EXPECT_FLOAT_EQ(definition.chi_factor, 1.5f);
     EXPECT_EQ(form.text("Text_description"), "line one");
     EXPECT_EQ(definition.mesh_cell_count[0], 10);
+}
+
+// Closing the form must not leave temporary grids behind, nor delete the user's own grid file.
+TEST_F(LoadForm, UnloadDeletesOnlyTheTemporaryGrid) {
+    testing::TempDir dir;
+    const auto own = dir.path() / "survey.grd";
+    const auto temporary = dir.path() / "~WD1.grd";
+    testing::write_file_bytes(own, "grid");
+    testing::write_file_bytes(temporary, "part");
+    session.grids.current_grid_file = own.string();
+    session.grids.temporary_grid_name = temporary.string();
+    session.working_directory = dir.path();
+    EXPECT_EQ(unload_mag3d_form(session), dir.path());
+    EXPECT_TRUE(std::filesystem::exists(own));
+    EXPECT_FALSE(std::filesystem::exists(temporary));
+    EXPECT_TRUE(session.grids.current_grid_file.empty());
+    EXPECT_TRUE(session.grids.temporary_grid_name.empty());
 }
 
 }  // namespace
