@@ -168,7 +168,6 @@ void load_inversion_parameters(Session& session) {
     definition.positivity_flag = record.positivity_flag;
     form.set_list_index("Combo_zarninv3d_positivity",
                         form.row_count("Combo_zarninv3d_positivity") > record.positivity_flag ? record.positivity_flag : 0);
-    definition.positivity_flag = record.positivity_flag;
 
     // Background removal and rock properties.
     definition.background_method = record.background_method;
