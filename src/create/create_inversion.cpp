@@ -274,9 +274,7 @@ class WholeDataFileNames {
 public:
     explicit WholeDataFileNames(Session& session) : names_(session.definition.data_file_names), kept_(names_) {
         for (std::string& name : names_) {
-            if (trim(name).empty()) continue;
-            const std::filesystem::path path = native_path(trim(name));
-            if (path.is_relative()) name = (session.working_directory / path).string();
+            if (!trim(name).empty()) name = resolve_path(session.working_directory, trim(name)).string();
         }
     }
     ~WholeDataFileNames() { names_ = kept_; }

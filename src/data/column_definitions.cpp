@@ -77,9 +77,7 @@ int& column_field(InversionDefinition& definition, int slot, int code) {
 
 /// A data file name as a path: relative names count from the working directory.
 std::filesystem::path data_file_path(const Session& session, const std::string& name) {
-    std::filesystem::path path = native_path(name);
-    if (path.is_relative()) path = session.working_directory / path;
-    return path;
+    return resolve_path(session.working_directory, name);
 }
 
 bool is_existing_file(const std::filesystem::path& path) {

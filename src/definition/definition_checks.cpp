@@ -43,9 +43,7 @@ private:
 /// A relative name is taken from the working directory.
 bool file_exists(const Session& session, const std::string& name) {
     if (trim(name).empty()) return false;
-    std::filesystem::path path = native_path(name);
-    if (path.is_relative()) path = session.working_directory / path;
-    return !find_file(path.string()).empty();
+    return !find_file(resolve_path(session.working_directory, name).string()).empty();
 }
 
 /// Looks further for a file that isn't where its name says; true only when it was found. A person who
@@ -480,8 +478,7 @@ bool check_one_file(Session& session, int index) {
     if (name.empty()) return read.fail("No data location file has been specified");
     if (!file_exists(session, name)) return read.fail("The specified data location file does not exist");
 
-    std::filesystem::path path = native_path(name);
-    if (path.is_relative()) path = session.working_directory / path;
+    const std::filesystem::path path = resolve_path(session.working_directory, name);
     GridHeader header;
     int status = -1;
     GRDRDH(path.string(), header.grid_ints, header.grid_reals, header.grid_text, status);

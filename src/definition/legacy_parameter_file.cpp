@@ -185,9 +185,7 @@ std::string model_name(const std::vector<std::string>& names, std::size_t i) {
 /// person gave up.
 bool look_up(Session& session, const std::string& title, std::string& name) {
     if (name.empty()) return true;
-    std::filesystem::path path = native_path(name);
-    if (path.is_relative()) path = session.working_directory / path;
-    if (!find_file(path.string()).empty()) return true;
+    if (!find_file(resolve_path(session.working_directory, name).string()).empty()) return true;
     return locate_file(session.dialogue, session.file_search, session.working_directory.string(), title, name, "") >= 0;
 }
 

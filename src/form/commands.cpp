@@ -16,8 +16,7 @@ namespace invsetup {
 namespace {
 
 std::filesystem::path chosen_path(const Session& session, const std::string& choice) {
-    std::filesystem::path path = native_path(choice);
-    return path.is_relative() ? session.working_directory / path : path;
+    return resolve_path(session.working_directory, choice);
 }
 
 /// Puts the working directory back after a dialogue, unless it was moved on purpose meanwhile.

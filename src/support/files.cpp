@@ -146,6 +146,11 @@ std::filesystem::path native_path(std::string_view path) {
 #endif
 }
 
+std::filesystem::path resolve_path(const std::filesystem::path& working_directory, std::string_view name) {
+    std::filesystem::path path = native_path(name);
+    return path.is_relative() ? working_directory / path : path;
+}
+
 int locate_file(Dialogue& dialogue, FileSearchMemory& memory, const std::string& working_directory,
                 const std::string& title, std::string& file_name, const std::string& directory) {
     const std::string name = file_name_only(file_name);

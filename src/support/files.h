@@ -29,6 +29,8 @@ std::string windows_path(std::string_view path);
 /// A file system path from a text that may use "\" or "/" separators ("..\mesh\a.msh" works on
 /// POSIX too, where every "\" becomes "/").
 std::filesystem::path native_path(std::string_view path);
+/// A file name as the definition holds it, made a path: a relative name counts from `working_directory`.
+std::filesystem::path resolve_path(const std::filesystem::path& working_directory, std::string_view name);
 
 /// What locate_file remembers between calls (one per session).
 struct FileSearchMemory {
