@@ -214,7 +214,7 @@ int write_inversion_data(Session& session, int with_extras, const std::filesyste
 
         DataLineWriter lines(d, with_extras);
         written = 0;
-        int last_percent = 0;
+        ProgressMeter progress(session.dialogue, count);
         // A percent of a large file spans many lines: look at it every 1024th line then.
         const int check_every = count < 102400 ? 1 : 1024;
         int next_check = 0;
@@ -223,12 +223,7 @@ int write_inversion_data(Session& session, int with_extras, const std::filesyste
             ++written;
             if (written < next_check) return;
             next_check = written + check_every;
-            const int percent = to_integer(static_cast<double>(written - 1) * 100 / count);
-            if (percent > last_percent) {
-                last_percent = percent;
-                session.dialogue.progress(percent);
-                session.dialogue.do_events();
-            }
+            progress.advance(written - 1);
         };
         static const std::string no_label;
         if (from_list) {

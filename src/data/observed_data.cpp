@@ -73,23 +73,6 @@ double regional_value(double value, const InversionDefinition& d) {
     return static_cast<double>((static_cast<float>(value) - d.regional_base) * d.regional_scale);
 }
 
-/// Moves the progress bar when the whole percent has grown.
-class Progress {
-public:
-    explicit Progress(Dialogue& dialogue) : dialogue_(dialogue) {}
-    void show(double fraction) {
-        const int percent = to_integer(fraction * 100);
-        if (percent <= last_) return;
-        last_ = percent;
-        dialogue_.progress(percent);
-        dialogue_.do_events();
-    }
-
-private:
-    Dialogue& dialogue_;
-    int last_ = 0;
-};
-
 /// The reading being conditioned.
 struct Reading {
     double x = 0, y = 0, z = 0;
@@ -132,11 +115,11 @@ int process_point_file(Session& session, const PointTransform& working_transform
     const double mesh_top = mesh.z_nodes[1];
     const float minimum_height = d.elevation_offsets[2];
     static const std::string no_label;
-    Progress progress(session.dialogue);
+    ProgressMeter progress(session.dialogue, count);
 
     for (int n = 1; n <= count; ++n) {
         // A percent spans ten thousand readings of a million: looking every 1024th is enough.
-        if (count < 102400 || (n & 1023) == 1) progress.show(static_cast<double>(n - 1) / count);
+        if (count < 102400 || (n & 1023) == 1) progress.advance(n - 1);
         Reading r;
         r.x = data.locations(n, 1);
         r.y = data.locations(n, 2);
@@ -272,7 +255,7 @@ int process_grids(Session& session, const PointTransform& transform, const Accep
 
     std::vector<double> x, y;
     std::vector<double> values[3];
-    Progress progress(session.dialogue);
+    ProgressMeter progress(session.dialogue, mesh.ny);
     const bool use_topography = d.topo_type == 0;
     if (!range.empty()) {
         for (int j = range.y_first; j < range.y_end; ++j) {
@@ -296,7 +279,7 @@ int process_grids(Session& session, const PointTransform& transform, const Accep
                 bins.bin_value2(i, j) = values[1][c];
                 bins.bin_value3(i, j) = values[2][c];
             }
-            progress.show(static_cast<double>(j - 1) / mesh.ny);
+            progress.advance(j - 1);
         }
     }
     grids.clear();  // the parts read live in memory: nothing is left on disc

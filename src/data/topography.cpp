@@ -22,26 +22,6 @@ bool is_dummy_elevation(double z) {
     return is_null(z) || std::abs(z + 99999.0) < 1.0 || std::abs(z + 9999.0) < 1.0 || std::abs(z + 999.0) < 1.0;
 }
 
-/// Moves the progress bar when the whole percent of done / total has grown.
-class Progress {
-public:
-    Progress(Session& session, long total) : session_(session), total_(total > 0 ? total : 1) {
-        session_.dialogue.progress(0);
-    }
-    void advance(long done) {
-        const int percent = static_cast<int>(done * 100 / total_);
-        if (percent == last_) return;
-        last_ = percent;
-        session_.dialogue.progress(percent);
-        session_.dialogue.do_events();
-    }
-
-private:
-    Session& session_;
-    long total_;
-    int last_ = 0;
-};
-
 void show_label(Session& session, const char* text) {
     session.form.set_caption("Label_progress", no_index, text);
     session.dialogue.do_events();
@@ -158,7 +138,8 @@ int grid_topo_from_points(Session& session, int count, const Array2<double>& loc
             return x >= x_low && x <= x_high && y >= y_low && y <= y_high && !is_dummy_elevation(locations(n, 3));
         };
 
-        Progress progress(session, count);
+        session.dialogue.progress(0);
+        ProgressMeter progress(session.dialogue, count);
         int kept = 0;
         double sum = 0;
         for (int n = 1; n <= count; ++n) {
@@ -310,7 +291,8 @@ int process_inversion_topo(Session& session) {
         const Topography& topography = session.topography;
         ObservationBins& bins = session.bins;
         const bool lift = session.definition.inversion_method != method_zarninv3d && bins.bin_used.rows() > 0;
-        Progress progress(session, static_cast<long>(mesh.nx) * mesh.ny);
+        session.dialogue.progress(0);
+        ProgressMeter progress(session.dialogue, static_cast<double>(mesh.nx) * mesh.ny);
         long done = 0;
         for (int j = 1; j <= mesh.ny; ++j)
             for (int i = 1; i <= mesh.nx; ++i) {

@@ -238,7 +238,7 @@ void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, con
     const std::size_t column_bytes = static_cast<std::size_t>(count_z) * 32;
 
     double written = 0;
-    int shown_percent = 0;
+    ProgressMeter progress(dialogue, total);
     for (int j = request.first_y; j < request.end_y; ++j) {
         for (int k = 0; k < count_z; ++k) {
             const float* row = model.values.data() + static_cast<std::size_t>(request.first_z - 1 + k) * layer +
@@ -267,12 +267,7 @@ void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, con
             }
             out.advance(static_cast<std::size_t>(line - column_start));
             written += count_z;
-            const int percent = to_integer(written * 100.0 / total);
-            if (percent != shown_percent) {
-                shown_percent = percent;
-                dialogue.progress(percent);
-                dialogue.do_events();
-            }
+            progress.advance(written);
         }
     }
     out.close();

@@ -1,7 +1,17 @@
 // src/support/dialogue.cpp - the headless dialogue.
 #include "support/dialogue.h"
 
+#include "support/numbers.h"
+
 namespace invsetup {
+
+void ProgressMeter::advance(double done) {
+    const int percent = to_integer(done * 100 / total_);
+    if (percent <= last_) return;
+    last_ = percent;
+    dialogue_.progress(percent);
+    dialogue_.do_events();
+}
 
 void HeadlessDialogue::message_box(const std::string& text) {
     messages.push_back(text);

@@ -48,6 +48,19 @@ public:
     virtual void beep() {}
 };
 
+/// A progress bar over a long loop: from 0 to 100, moved only when the whole percentage of
+/// done / total grows, with do_events each time it moves.
+class ProgressMeter {
+public:
+    ProgressMeter(Dialogue& dialogue, double total) : dialogue_(dialogue), total_(total > 0 ? total : 1) {}
+    void advance(double done);
+
+private:
+    Dialogue& dialogue_;
+    double total_;
+    int last_ = 0;
+};
+
 /// The dialogue of the command line and of tests: records every message and question, answers
 /// questions Yes (unless told otherwise), gives text prompts their default, and cancels file
 /// choosers unless answers were queued. With an echo stream every message is also written there.
