@@ -4,7 +4,20 @@
 #pragma once
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
+
+namespace invsetup {
+struct Session;
+class HeadlessDialogue;
+}  // namespace invsetup
+
 namespace invsetup::cli {
+
+/// Reads a definition file into a fresh session as the file menu would (`read_command` with `group`).
+/// Relative names inside it resolve against `working_directory`, or the definition's own folder when
+/// that is empty. False after the message.
+bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition,
+                     int group = 0, const std::filesystem::path& working_directory = {});
 
 void register_show_command(CLI::App& app, int& exit_code);
 void register_upgrade_command(CLI::App& app, int& exit_code);

@@ -83,16 +83,6 @@ void follow_progress_text(Session& session, ScriptDialogue& dialogue) {
     });
 }
 
-/// Reads the definition as the file menu would, with the working directory `working_directory`
-/// (relative names inside the file resolve there). False after the message.
-bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition,
-                     const std::filesystem::path& working_directory) {
-    session.working_directory = working_directory;
-    initialise_inversion_form(session);
-    dialogue.file_answers.push_back(std::filesystem::absolute(definition).string());
-    return read_command(session, 0) == 0;
-}
-
 struct CreateOptions {
     std::string definition;
     std::string run_directory;
@@ -113,7 +103,7 @@ int run_create(const CreateOptions& options) {
     ScriptDialogue dialogue(options.yes, options.quiet);
     Session session(dialogue);
     follow_progress_text(session, dialogue);
-    if (!read_definition(session, dialogue, options.definition,
+    if (!read_definition(session, dialogue, options.definition, 0,
                          working_directory_for(options.definition, options.working_directory)))
         return 1;
 
@@ -135,7 +125,7 @@ int run_create(const CreateOptions& options) {
 int run_check(const std::string& definition, const std::string& working_directory) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
-    if (!read_definition(session, dialogue, definition, working_directory_for(definition, working_directory)))
+    if (!read_definition(session, dialogue, definition, 0, working_directory_for(definition, working_directory)))
         return 1;
     if (check_inversion_definitions(session) < 0) {
         std::cout << "The definition is not valid: " << (dialogue.messages.empty() ? "the mesh could not be built"

@@ -102,15 +102,6 @@ void print_form(const FormModel& form, std::ostream& out) {
     }
 }
 
-/// Reads a definition file into a fresh session as the file menu would; false after the message.
-bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition, int group) {
-    std::filesystem::path path = std::filesystem::absolute(definition);
-    session.working_directory = path.parent_path();
-    initialise_inversion_form(session);
-    dialogue.file_answers.push_back(path.string());
-    return read_command(session, group) == 0;
-}
-
 int show_definition(const std::string& definition, int group) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
@@ -136,6 +127,15 @@ int upgrade_definition(const std::string& old_file, const std::string& new_file)
 }
 
 }  // namespace
+
+bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition, int group,
+                     const std::filesystem::path& working_directory) {
+    const std::filesystem::path path = std::filesystem::absolute(definition);
+    session.working_directory = working_directory.empty() ? path.parent_path() : working_directory;
+    initialise_inversion_form(session);
+    dialogue.file_answers.push_back(path.string());
+    return read_command(session, group) == 0;
+}
 
 void register_show_command(CLI::App& app, int& exit_code) {
     CLI::App* show = app.add_subcommand("show", "Print what a definition file holds, tab by tab");

@@ -21,12 +21,8 @@ namespace {
 int set_limits(const std::string& definition, int index, const std::string& new_file) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
-    const std::filesystem::path source = std::filesystem::absolute(definition);
     const std::filesystem::path target = std::filesystem::absolute(new_file);
-    session.working_directory = source.parent_path();
-    initialise_inversion_form(session);
-    dialogue.file_answers.push_back(source.string());
-    if (read_command(session, 0) != 0) return 1;
+    if (!read_definition(session, dialogue, definition)) return 1;
     if (Command_set_limits_from_file(session, index) < 0) return 1;
     // The record holds every field the file said; the command brought its mesh fields up to date.
     ParameterRecord& record = session.record;

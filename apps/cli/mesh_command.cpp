@@ -52,11 +52,7 @@ void print_summary(const Session& session, std::ostream& out) {
 int compute_mesh(const std::string& definition, const std::string& existing, const std::string& output) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
-    const std::filesystem::path path = std::filesystem::absolute(definition);
-    session.working_directory = path.parent_path();
-    initialise_inversion_form(session);
-    dialogue.file_answers.push_back(path.string());
-    if (read_command(session, 0) != 0) return 1;
+    if (!read_definition(session, dialogue, definition)) return 1;
 
     session.definition.refinement_mode = 0;
     if (!existing.empty()) {
