@@ -13,8 +13,8 @@
 #include <string>
 
 #include "definition/parameter_file.h"
-#include "form/commands.h"
-#include "form/create_commands.h"
+#include "commands/commands.h"
+#include "commands/create_commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "definition/parameter_file.h"
-#include "form/commands.h"
+#include "commands/commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"

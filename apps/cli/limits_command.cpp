@@ -9,7 +9,7 @@
 
 #include "data/column_definitions.h"
 #include "definition/parameter_file.h"
-#include "form/commands.h"
+#include "commands/commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"

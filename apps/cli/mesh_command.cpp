@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "form/commands.h"
+#include "commands/commands.h"
 #include "form/form_load.h"
 #include "mesh/inversion_mesh.h"
 #include "mesh/mesh_definition.h"

@@ -8,8 +8,8 @@
 
 #include "create/create_inversion.h"
 #include "definition/parameter_file.h"
-#include "form/commands.h"
-#include "form/create_commands.h"
+#include "commands/commands.h"
+#include "commands/create_commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"

@@ -6,7 +6,7 @@
 
 #include <sstream>
 
-#include "form/commands.h"
+#include "commands/commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "test_support.h"

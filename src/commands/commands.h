@@ -1,4 +1,4 @@
-// src/form/commands.h - the file menu's read and save of a parameter file.
+// src/commands/commands.h - the file menu's read and save of a parameter file.
 #pragma once
 
 namespace invsetup {

@@ -1,4 +1,4 @@
-// src/form/create_commands.h - the Create tab's commands: create a run package (new, update,
+// src/commands/create_commands.h - the Create tab's commands: create a run package (new, update,
 // variation) and find the batch file that starts a run.
 #pragma once
 #include <filesystem>

@@ -1,5 +1,5 @@
-// src/form/commands.cpp - the file menu's read and save of a parameter file.
-#include "form/commands.h"
+// src/commands/commands.cpp - the file menu's read and save of a parameter file.
+#include "commands/commands.h"
 
 #include <fstream>
 #include <stdexcept>

@@ -1,5 +1,5 @@
-// src/form/create_commands.cpp - the Create tab's commands: create a run package and find its batch file.
-#include "form/create_commands.h"
+// src/commands/create_commands.cpp - the Create tab's commands: create a run package and find its batch file.
+#include "commands/create_commands.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,5 @@
-// tests/definition/read_save_commands_test.cpp - the file menu's read and save of a definition.
-#include "form/commands.h"
+// tests/commands/read_save_commands_test.cpp - the file menu's read and save of a definition.
+#include "commands/commands.h"
 
 #include <gtest/gtest.h>
 
