@@ -143,10 +143,14 @@ std::vector<BatchFile> run_batch_files(const InversionDefinition& definition, co
     return files;
 }
 
+void write_batch_file(const std::filesystem::path& path, const std::vector<std::string>& lines) {
+    write_text_lines(path, lines);
+}
+
 void write_run_files(Session& session, const RunContext& context) {
     for (const BatchFile& file :
          run_batch_files(session.definition, context, session.mesh.nx, session.mesh.ny, session.mesh.nz))
-        write_text_lines(context.run_directory / file.name, file.lines);
+        write_batch_file(context.run_directory / file.name, file.lines);
 }
 
 }  // namespace invsetup

@@ -1,6 +1,7 @@
 // src/create/batch_files.h - the Windows batch files of a run that isn't tiled: the whole run, the
 // inversion alone, the error report, the sensitivity alone, and the in-house cluster pair.
 #pragma once
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,11 @@ std::string error_line(const InversionDefinition& definition, int create_mode);
 /// nx, ny, nz are the mesh's cell counts, used by the rock property extraction lines.
 std::vector<BatchFile> run_batch_files(const InversionDefinition& definition, const RunContext& context, int nx,
                                        int ny, int nz);
+
+/// Writes one batch file of a run package (CR LF lines, replacing what is there). Every batch file of
+/// a package, the tile and merge files included, goes through here, so that whatever accompanies a
+/// batch file is made in one place. Throws std::runtime_error naming the file when it can't be written.
+void write_batch_file(const std::filesystem::path& path, const std::vector<std::string>& lines);
 
 /// Writes run_batch_files for session.mesh into the run directory. The weighting model "w.dat" is
 /// not written here: the driver writes it next. Throws std::runtime_error naming the file when one
