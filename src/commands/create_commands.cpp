@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "create/create_inversion.h"
+#include "create/shell_twin.h"
 #include "definition/definition_checks.h"
 #include "definition/parameter_file.h"
 #include "session.h"
@@ -143,12 +144,15 @@ int start_command(Session& session, std::filesystem::path& batch_file) {
         return -1;
     }
 #ifndef _WIN32
-    session.dialogue.message_box("Windows batch files can't be started on this system: run " + batch_file.string() +
-                                 " from its directory on Windows, where the inversion programs run");
-    return 1;
-#else
-    return 0;
+    // Here the batch file's sh twin runs, the Linux builds of the programs being on the search path.
+    batch_file = shell_twin_path(batch_file);
+    if (find_file(batch_file.string()).empty()) {
+        session.dialogue.message_box("The shell script " + batch_file.string() +
+                                     " does not exist: update the inversion files to write it");
+        return -1;
+    }
 #endif
+    return 0;
 }
 
 }  // namespace invsetup

@@ -23,12 +23,12 @@ int create_command(Session& session, int index);
 /// run, the inversion program's own file for a variation run, else "run_inversion.bat".
 std::string start_batch_file_name(const Session& session);
 
-/// Command_start_inversion: finds the batch file in the run directory and puts its full path in
-/// `batch_file`; starting it as a new process, minimised and without waiting, is the window's part.
-/// Returns 0 when it exists and this system runs Windows batch files; 1 when it exists but this
-/// system can't run them (after a message that says so and where the file is); -1 after "No drive
-/// has been selected", "No file location has been selected" or "The inversion batch file does not
-/// exist".
+/// Command_start_inversion: finds the file that starts the run and puts its full path in `batch_file`:
+/// on Windows the batch file, elsewhere its sh twin. Starting it without waiting is the caller's part
+/// (start_in_background of commands/start_run.h on a POSIX system). Returns 0 when it exists; -1
+/// after "No drive has been selected", "No file location has been selected", "The inversion batch
+/// file does not exist" or, for a package written before the twins, a message naming the missing
+/// script.
 int start_command(Session& session, std::filesystem::path& batch_file);
 
 }  // namespace invsetup

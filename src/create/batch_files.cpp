@@ -2,6 +2,7 @@
 #include "create/batch_files.h"
 
 #include "create/run_names.h"
+#include "create/shell_twin.h"
 #include "session.h"
 #include "support/lines.h"
 #include "support/numbers.h"
@@ -145,6 +146,7 @@ std::vector<BatchFile> run_batch_files(const InversionDefinition& definition, co
 
 void write_batch_file(const std::filesystem::path& path, const std::vector<std::string>& lines) {
     write_text_lines(path, lines);
+    write_shell_twin(path, lines);
 }
 
 void write_run_files(Session& session, const RunContext& context) {

@@ -32,9 +32,10 @@ std::string error_line(const InversionDefinition& definition, int create_mode);
 std::vector<BatchFile> run_batch_files(const InversionDefinition& definition, const RunContext& context, int nx,
                                        int ny, int nz);
 
-/// Writes one batch file of a run package (CR LF lines, replacing what is there). Every batch file of
-/// a package, the tile and merge files included, goes through here, so that whatever accompanies a
-/// batch file is made in one place. Throws std::runtime_error naming the file when it can't be written.
+/// Writes one batch file of a run package (CR LF lines, replacing what is there) and its sh twin
+/// beside it (write_shell_twin). Every batch file of a package, the tile and merge files included,
+/// goes through here, so that whatever accompanies a batch file is made in one place. Throws
+/// std::runtime_error naming the file when it can't be written.
 void write_batch_file(const std::filesystem::path& path, const std::vector<std::string>& lines);
 
 /// Writes run_batch_files for session.mesh into the run directory. The weighting model "w.dat" is
