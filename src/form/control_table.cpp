@@ -169,6 +169,7 @@ constexpr ControlSpec table[] = {
     {"Frame_point_data", none, K::frame, "Point Data File", "", "", 1, "Frame_data_file(0)"},
     {"Text_data_locations", 0, K::text_box, "", "", "point data file", 1, "Frame_point_data"},
     {"Command_select_data_location_file", 0, K::button, "...", "", "", 1, "Frame_point_data"},
+    {"Picture_data_points", none, K::picture, "", "", "observed data point locations", 1, "Frame_point_data"},
     {"Tab_images", none, K::tabs, "", "Data 1 Grid\nData 2 Grid\nData 3 Grid\nSensor Grid", "", 1,
      "Frame_data_file(0)"},
     {"Text_data_locations", 2, K::text_box, "", "", "observed data grid 1", 1, "Tab_images"},
