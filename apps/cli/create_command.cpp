@@ -15,6 +15,7 @@
 #include "commands/create_commands.h"
 #include "form/form_load.h"
 #include "session.h"
+#include "size_report.h"
 #include "support/dialogue.h"
 #include "support/numbers.h"
 
@@ -122,7 +123,7 @@ int run_create(const CreateOptions& options) {
     return 0;
 }
 
-int run_check(const std::string& definition, const std::string& working_directory) {
+int run_check(const std::string& definition, const std::string& working_directory, const SizeOptions& size) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
     if (!read_definition(session, dialogue, definition, 0, working_directory_for(definition, working_directory)))
@@ -151,7 +152,7 @@ int run_check(const std::string& definition, const std::string& working_director
     std::cout << "Mesh Z:      " << general_number_text(mesh.z_nodes[mesh.nz + 1]) << " to "
               << general_number_text(mesh.z_nodes[1]) << '\n';
     std::cout << "The definition is valid.\n";
-    return 0;
+    return print_size_estimate(session, size, working_directory_for(definition, working_directory));
 }
 
 }  // namespace
@@ -188,8 +189,10 @@ void register_check_command(CLI::App& app, int& exit_code) {
     check->add_option("DEFINITION", *definition, "The definition file (.inp), any version")->required();
     check->add_option("--workdir", *working_directory,
                       "Working directory for relative names (default: the folder of DEFINITION)");
-    check->callback([&exit_code, definition, working_directory] {
-        exit_code = run_check(*definition, *working_directory);
+    auto size = std::make_shared<SizeOptions>();
+    add_size_options(*check, *size);
+    check->callback([&exit_code, definition, working_directory, size] {
+        exit_code = run_check(*definition, *working_directory, *size);
     });
 }
 

@@ -97,8 +97,15 @@ TEST_F(CreateCommandLine, CheckPrintsTheMeshWithoutWriting) {
     const CliRun run = run_cli("check " + quoted(survey / "inversion.inp"));
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_NE(run.out.find("Mesh cells:  88 x 88 x 48 = 371712\n"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("The definition is valid.\n"), std::string::npos);
+    EXPECT_NE(run.out.find("The definition is valid.\nSize estimate:\n  Cells in the mesh:        371,712\n"),
+              std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("  Sensitivity matrix:       "), std::string::npos);
     EXPECT_EQ(listing(survey), (std::set<std::string>{"inversion.inp", "mag_data.csv", "topo.xyz"}));
+
+    const CliRun tiles = run_cli("check --suggest-tiles --tile-memory 1G " + quoted(survey / "inversion.inp"));
+    EXPECT_NE(tiles.out.find("  Suggested tile size:      "), std::string::npos) << tiles.out;
+    EXPECT_EQ(run_cli("check --tile-memory lots " + quoted(survey / "inversion.inp")).exit_code, 1);
 
     fs::remove(survey / "mag_data.csv");
     EXPECT_EQ(run_cli("check " + quoted(survey / "inversion.inp")).exit_code, 1);
