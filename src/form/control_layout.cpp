@@ -221,6 +221,7 @@ constexpr LayoutText layout_table[] = {
 };
 
 constexpr std::string_view floating_controls[] = {"Combo_names"};
+constexpr std::string_view multi_line_controls[] = {"Text_data_file", "Text_progress"};
 
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
@@ -354,6 +355,12 @@ std::string tab_page_key(std::string_view tabs, int page) { return std::string(t
 bool is_floating_control(std::string_view name) {
     for (std::string_view floating : floating_controls)
         if (name == floating) return true;
+    return false;
+}
+
+bool is_multi_line_control(std::string_view name) {
+    for (std::string_view multi_line : multi_line_controls)
+        if (name == multi_line) return true;
     return false;
 }
 

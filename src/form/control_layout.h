@@ -51,6 +51,10 @@ std::string tab_page_key(std::string_view tabs, int page);
 /// the column box clicked): they start hidden and show only when the form shows them.
 bool is_floating_control(std::string_view name);
 
+/// Text boxes of many lines that show what the program writes (the data file preview, the progress
+/// of a creation): a window shows them read-only, in a fixed-pitch font.
+bool is_multi_line_control(std::string_view name);
+
 /// The frame key of a control entry: name, with "(index)" when it is part of an array.
 std::string control_key(std::string_view name, int index);
 

@@ -1,0 +1,54 @@
+// apps/gui/main.cpp - invsetup-gui: the desktop window. With a definition file named on the command
+// line the window starts with it read; --screenshots DIR saves a picture of each tab there and ends.
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QTabWidget>
+#include <QTimer>
+
+#include "form_binder.h"
+#include "main_window.h"
+#include "qt_dialogue.h"
+#include "session.h"
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName("invsetup");
+    QCoreApplication::setApplicationName("invsetup-gui");
+    QCoreApplication::setApplicationVersion(INVSETUP_VERSION);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription("invsetup: prepares 3D magnetic and gravity inversions");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument("definition", "A definition file (.inp) to read at start");
+    QCommandLineOption screenshots("screenshots", "Save a PNG of each tab in DIRECTORY and end", "DIRECTORY");
+    parser.addOption(screenshots);
+    parser.process(app);
+
+    invsetup::gui::QtDialogue dialogue;
+    invsetup::Session session(dialogue);
+    invsetup::gui::MainWindow window(session, &dialogue);
+    if (parser.isSet(screenshots)) window.resize(1400, 900);
+    window.show();
+
+    if (!parser.positionalArguments().isEmpty()) {
+        const QString definition = QDir::current().absoluteFilePath(parser.positionalArguments().front());
+        dialogue.file_answers.push_back(definition.toStdString());
+        session.form.raise_change("menu_read_file", 0);
+    }
+    if (parser.isSet(screenshots)) {
+        const QString directory = parser.value(screenshots);
+        QDir().mkpath(directory);
+        QTimer::singleShot(300, &window, [&window, directory] {
+            QTabWidget* tabs = window.tabs();
+            for (int page = 0; page < tabs->count(); ++page) {
+                tabs->setCurrentIndex(page);
+                QCoreApplication::processEvents();
+                window.grab().save(QString("%1/tab%2.png").arg(directory).arg(page + 1));
+            }
+            QApplication::quit();
+        });
+    }
+    return app.exec();
+}

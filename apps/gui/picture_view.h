@@ -1,0 +1,38 @@
+// apps/gui/picture_view.h - a picture control: shows an image that the core renders for the
+// control's size, drawn again when the size changes or the content is marked stale.
+#pragma once
+#include <QImage>
+#include <QWidget>
+#include <functional>
+
+#include "grids/grid_picture.h"
+
+namespace invsetup::gui {
+
+/// The core's RGBA image as a QImage (a copy).
+QImage to_qimage(const RgbaImage& image);
+
+class PictureView : public QWidget {
+    Q_OBJECT
+public:
+    /// `render` draws the picture for a size; an empty image leaves the view blank.
+    using Renderer = std::function<RgbaImage(int width, int height)>;
+    explicit PictureView(QWidget* parent = nullptr);
+    void set_renderer(Renderer render);
+    /// The content changed: draw again when next shown.
+    void invalidate();
+    const QImage& image() const { return image_; }
+    QSize sizeHint() const override { return {320, 240}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void render_if_stale();
+    Renderer render_;
+    QImage image_;
+    bool stale_ = true;
+};
+
+}  // namespace invsetup::gui

@@ -1,0 +1,274 @@
+// tests/gui/window_test.cpp - the window built from the control table, kept in step with the form
+// model, and a whole creation driven through its menu and buttons (QtTest, offscreen platform).
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QTabWidget>
+#include <QTest>
+#include <filesystem>
+#include <map>
+
+#include "form_binder.h"
+#include "main_window.h"
+#include "qt_dialogue.h"
+#include "session.h"
+#include "test_support.h"
+
+using namespace invsetup;
+using namespace invsetup::gui;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A window over a session whose dialogue records everything.
+struct Harness {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    MainWindow window{session};
+
+    QWidget* widget(const char* name, int index = no_index) { return window.binder().widget(name, index); }
+    template <class W>
+    W* as(const char* name, int index = no_index) {
+        return qobject_cast<W*>(widget(name, index));
+    }
+    /// The row of the method list whose item data is `code`.
+    int method_row(int code) {
+        for (int row = 0; row < session.form.row_count("Combo_inversion_method"); ++row)
+            if (session.form.item_data("Combo_inversion_method", no_index, row) == code) return row;
+        return -1;
+    }
+    /// Chooses a method as a person would, through the list's widget.
+    void choose_method(int code) {
+        auto* combo = as<QComboBox>("Combo_inversion_method");
+        const int row = method_row(code);
+        combo->setCurrentIndex(row);
+        emit combo->activated(row);
+    }
+    bool shown(const char* name, int index = no_index) { return !widget(name, index)->isHidden(); }
+};
+
+/// Every file below `root`, by path relative to it, with its bytes.
+std::map<std::string, std::string> files_below(const fs::path& root) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        if (entry.is_regular_file())
+            files[fs::relative(entry.path(), root).generic_string()] = testing::read_file_bytes(entry.path());
+    return files;
+}
+
+}  // namespace
+
+class WindowTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init() { QSettings().clear(); }
+
+    void every_control_of_the_table_has_its_widget_showing_as_the_model_says() {
+        Harness h;
+        int checked = 0;
+        for (const Control* control : h.session.form.controls()) {
+            const ControlSpec& spec = *control->declared;
+            if (spec.kind == ControlKind::menu_entry) {
+                QAction* action = h.window.binder().action(spec.name, spec.index);
+                QVERIFY2(action != nullptr, control_key(spec.name, spec.index).c_str());
+                QCOMPARE(action->isVisible(), control->visible);
+                continue;
+            }
+            if (spec.tab < 0 || spec.name == "Form_mag3d" || spec.name == "Drive1") continue;  // overlay, window, drives
+            QWidget* w = h.window.binder().widget(spec.name, spec.index);
+            QVERIFY2(w != nullptr, control_key(spec.name, spec.index).c_str());
+            if (is_floating_control(spec.name) || spec.name == "Tab_images" || spec.name == "Frame_point_data" ||
+                spec.name == "Grid_database" || spec.name == "Frame_data_file_definitions" ||
+                spec.name == "Frame_data_file_image" || spec.name == "Frame_field" || spec.name == "Frame_gravity_parameters")
+                continue;  // places shared with another control
+            QVERIFY2(w->isHidden() == !control->visible, control_key(spec.name, spec.index).c_str());
+            QCOMPARE(w->isEnabled(), control->enabled);
+            ++checked;
+        }
+        QVERIFY(checked > 200);
+        QCOMPARE(h.window.tabs()->count(), 5);
+        QCOMPARE(h.window.tabs()->tabText(4), QString("Create Inversion"));
+        QCOMPARE(h.as<QGroupBox>("Frame_field")->title(), QString("Magnetic Field"));
+        // Tooltips come from the table's meanings.
+        QCOMPARE(h.widget("Text_error_floor")->toolTip(), QString("Absolute minimum error value"));
+    }
+
+    void switching_the_method_shows_and_hides_what_the_method_needs() {
+        Harness h;
+        struct Expect {
+            const char* name;
+            int index;
+            bool shown;
+        };
+        // UBC Gravity V5 (code 5).
+        h.choose_method(5);
+        QCOMPARE(h.session.definition.inversion_method, 5);
+        const Expect gravity_v5[] = {
+            {"Frame_field", no_index, false},           {"Frame_gravity_parameters", no_index, false},
+            {"Frame_magsen3d", 0, true},                {"Frame_magsen3d", 1, true},
+            {"Frame_parameter_bounds", no_index, true}, {"Combo_inversion_mode", no_index, true},
+            {"Label_inversion_mode", 0, true},          {"Label_data_type", 0, false},
+            {"Combo_data_type", 0, false},              {"Combo_optional_data_type", 0, false},
+            {"Check_generate_inversion_variation", no_index, true},
+            {"Check_update_data_files", no_index, false}, {"Label_smoothness_method", no_index, true},
+            {"Frame_background_removal_method", no_index, false}, {"Check_topo_shift", no_index, true},
+        };
+        for (const Expect& e : gravity_v5) QVERIFY2(h.shown(e.name, e.index) == e.shown, e.name);
+        QCOMPARE(h.as<QGroupBox>("Frame_parameter_bounds")->title(), QString("Model Density Bounds"));
+        QCOMPARE(h.as<QLabel>("Label_weight")->text(), QString("Density Bounds File"));
+        QVERIFY(h.widget("Text_depth_weighting_file", 1)->isEnabled());
+        QVERIFY(h.widget("Text_NumThreads")->isEnabled());
+        QCOMPARE(h.as<QComboBox>("Combo_alpha_method")->currentIndex(), 1);
+
+        // UBC Gravity V2 (code 1): the gravity frame takes the field's place, no misfit tolerance.
+        h.choose_method(1);
+        const Expect gravity_v2[] = {
+            {"Frame_field", no_index, false},     {"Frame_gravity_parameters", no_index, true},
+            {"Frame_magsen3d", 0, false},         {"Frame_parameter_bounds", no_index, false},
+            {"Label_inversion_mode", 2, false},   {"Check_generate_inversion_variation", no_index, false},
+            {"Combo_inversion_mode", no_index, false},
+        };
+        for (const Expect& e : gravity_v2) QVERIFY2(h.shown(e.name, e.index) == e.shown, e.name);
+        QVERIFY(!h.widget("Text_inversion_tolc")->isEnabled());
+        QVERIFY(!h.widget("Text_inversion_par")->isEnabled());
+
+        // The in-house method: its mode rows, background removal, data types.
+        h.choose_method(4);
+        auto* modes = h.as<QComboBox>("Combo_inversion_mode");
+        QCOMPARE(modes->count(), 5);
+        QCOMPARE(modes->itemText(0), QString("Normal 3D"));
+        QVERIFY(h.shown("Frame_background_removal_method"));
+        QVERIFY(h.shown("Combo_data_type", 0));
+        QVERIFY(!h.shown("Check_topo_shift"));
+        QVERIFY(!h.shown("Frame_gravity_parameters"));
+        // A caption standing for a box follows it.
+        QVERIFY(h.shown("Combo_optional_data_type", 0));
+    }
+
+    void typing_reaches_the_model_and_its_validators() {
+        Harness h;
+        h.choose_method(0);
+        auto* par = h.as<QLineEdit>("Text_inversion_par");
+        par->setFocus();
+        par->selectAll();
+        QTest::keyClicks(par, "0.25");
+        QCOMPARE(h.session.form.text("Text_inversion_par"), std::string("0.25"));
+        QCOMPARE(h.session.definition.trade_off_parameter, 0.25f);
+        QTest::keyClicks(par, "x");  // not a number: the field keeps its value
+        QCOMPARE(h.session.definition.trade_off_parameter, 0.25f);
+
+        // A box that checks on leaving: letters go back to the stored value, with a beep.
+        h.choose_method(1);
+        auto* chi = h.as<QLineEdit>("Text_chi_factor");
+        chi->selectAll();
+        QTest::keyClicks(chi, "abc");
+        emit chi->editingFinished();
+        QCOMPARE(chi->text(), QString("1.000"));
+        QCOMPARE(h.dialogue.beeps, 1);
+
+        // Check boxes and option pairs.
+        auto* variation = h.as<QCheckBox>("Check_generate_inversion_variation");
+        h.choose_method(0);
+        QTest::mouseClick(variation, Qt::LeftButton, {}, QPoint(5, variation->height() / 2));
+        QVERIFY(h.session.form.checked("Check_generate_inversion_variation"));
+        QVERIFY(h.widget("Command_create_inversion", 2)->isEnabled());
+        QVERIFY(h.widget("Label_weights")->autoFillBackground());  // green: a variation may change it
+    }
+
+    void a_creation_through_the_window_writes_the_package_of_the_command_line() {
+        const testing::TempDir dir;
+        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
+            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        const fs::path definition = dir.path() / "inversion.inp";
+        const std::string original = testing::read_file_bytes(definition);
+
+        const testing::CliRun cli =
+            testing::run_cli("create --quiet " + testing::quoted(definition) + " " + testing::quoted(dir.path() / "run"));
+        QVERIFY2(cli.exit_code == 0, cli.err.c_str());
+        const auto expected = files_below(dir.path() / "run");
+        QVERIFY(expected.size() >= 8);  // mesh, model, observations, inputs, batch files and their twins
+        const std::string expected_beside = testing::read_file_bytes(dir.path() / "run.inp");
+        const std::string expected_working = testing::read_file_bytes(definition);
+        fs::rename(dir.path() / "run", dir.path() / "run_cli");
+        fs::remove(dir.path() / "run.inp");
+        testing::write_file_bytes(definition, original);
+
+        Harness h;
+        h.dialogue.answer_yes = false;  // as the command line answers
+        h.session.working_directory = dir.path();
+        h.dialogue.file_answers.push_back(definition.string());
+        h.window.binder().action("menu_read_file", 0)->trigger();
+        QVERIFY2(h.dialogue.messages.empty(), h.dialogue.messages.empty() ? "" : h.dialogue.messages.front().c_str());
+        QCOMPARE(h.window.windowTitle(), QString("3D inversion setup: inversion.inp"));
+
+        h.session.form.set_text("Dir1", dir.path().string());
+        auto* name = h.as<QLineEdit>("Text_directory_name");
+        name->clear();
+        QTest::keyClicks(name, "run");
+        h.window.tabs()->setCurrentIndex(4);
+        QTest::mouseClick(h.as<QPushButton>("Command_create_inversion", 0), Qt::LeftButton);
+        QVERIFY2(h.dialogue.messages.size() <= 1, h.dialogue.messages.front().c_str());
+        QVERIFY(h.session.form.text("Text_progress").find("Inversion processing complete") != std::string::npos);
+
+        const auto written = files_below(dir.path() / "run");
+        QCOMPARE(written.size(), expected.size());
+        for (const auto& [file, bytes] : expected) {
+            QVERIFY2(written.count(file) == 1, file.c_str());
+            QVERIFY2(written.at(file) == bytes, file.c_str());
+        }
+        QVERIFY(testing::read_file_bytes(dir.path() / "run.inp") == expected_beside);
+        QVERIFY(testing::read_file_bytes(definition) == expected_working);
+        // Nothing is left busy: the buttons are back.
+        QVERIFY(h.widget("Command_create_inversion", 0)->isEnabled());
+    }
+
+    void working_directory_window_size_and_tab_are_remembered() {
+        const testing::TempDir dir;
+        {
+            Harness h;
+            h.session.working_directory = dir.path();
+            h.window.tabs()->setCurrentIndex(2);
+            h.window.resize(1000, 700);
+            h.window.close();
+        }
+        QCOMPARE(QSettings().value("CWD").toString().toStdString(), dir.path().string());
+        Harness again;
+        QCOMPARE(again.session.working_directory, dir.path());
+        QCOMPARE(again.window.tabs()->currentIndex(), 2);
+        QCOMPARE(again.window.size(), QSize(1000, 700));
+        QCOMPARE(again.session.form.text("Dir1"), dir.path().string());
+    }
+
+    void file_filters_become_qt_filters() {
+        struct Case {
+            const char* filter;
+            const char* qt;
+        };
+        const Case cases[] = {
+            {"Inversion definition Files|*.inp;*.inp|All files (*.*)|*.*", "Inversion definition Files (*.inp);;All files (*)"},
+            {"Data Files (*.dat;*.xyz;*.csv,*.grd;*.ers)|*.dat;*.xyz;*.csv;*.grd;*.ers",
+             "Data Files (*.dat *.xyz *.csv *.grd *.ers)"},
+            {"UBC mesh Files|*.mesh;*.msh;*.dat;mesh", "UBC mesh Files (*.mesh *.msh *.dat mesh)"},
+        };
+        for (const Case& c : cases) QCOMPARE(qt_file_filter(c.filter), QString(c.qt));
+    }
+};
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The settings of the tests stay apart from a person's.
+    const testing::TempDir config;
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path().string()));
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName("invsetup-tests");
+    QCoreApplication::setApplicationName("gui_tests");
+    WindowTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "window_test.moc"
