@@ -24,12 +24,17 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("definition", "A definition file (.inp) to read at start");
     QCommandLineOption screenshots("screenshots", "Save a PNG of each tab in DIRECTORY and end", "DIRECTORY");
     parser.addOption(screenshots);
+    QCommandLineOption size("size", "The window's size, WIDTHxHEIGHT", "SIZE", "1400x900");
+    parser.addOption(size);
     parser.process(app);
 
     invsetup::gui::QtDialogue dialogue;
     invsetup::Session session(dialogue);
     invsetup::gui::MainWindow window(session, &dialogue);
-    if (parser.isSet(screenshots)) window.resize(1400, 900);
+    if (parser.isSet(screenshots) || parser.isSet(size)) {
+        const QStringList parts = parser.value(size).split('x');
+        if (parts.size() == 2) window.resize(parts[0].toInt(), parts[1].toInt());
+    }
     window.show();
 
     if (!parser.positionalArguments().isEmpty()) {

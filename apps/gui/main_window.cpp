@@ -112,6 +112,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 int MainWindow::picture_slot(const QString& name, int index) const {
     if (name == "Picture_data_points") return 0;
+    if (name == "Picture_topo_points") return 1;
     if (name == "Picture_mag" && index >= 1 && index <= 5) return index;
     return -1;
 }
@@ -121,19 +122,24 @@ void MainWindow::connect_pictures() {
         PictureView* view = binder_->picture(name, index);
         if (view == nullptr) return;
         const int slot = picture_slot(name, index);
-        view->set_renderer([this, slot](int width, int height) {
+        const bool points_only = std::string_view(name) == "Picture_topo_points";
+        view->set_renderer([this, slot, points_only](int width, int height) {
             auto& cached = pictures_[static_cast<std::size_t>(slot)];
             if (!cached) cached = load_data_picture(session_, slot);
+            if (points_only && !cached->grid.empty()) return RgbaImage(width, height);  // the grid has its own view
             return render_data_picture(*cached, width, height);
         });
     };
     attach("Picture_data_points", no_index);
+    attach("Picture_topo_points", no_index);
     for (int index = 1; index <= 5; ++index) attach("Picture_mag", index);
     connect(binder_, &FormBinder::picture_stale, this, [this](const QString& name, int index) {
         const int slot = picture_slot(name, index);
         if (slot < 0) return;
         pictures_[static_cast<std::size_t>(slot)].reset();
         if (PictureView* view = binder_->picture(name.toStdString(), index)) view->invalidate();
+        if (slot == 1)
+            if (PictureView* view = binder_->picture("Picture_topo_points")) view->invalidate();
     });
 }
 

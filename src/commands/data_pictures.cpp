@@ -15,13 +15,15 @@ namespace {
 
 constexpr double picture_margin = 10.0;
 
-void load_points(const Session& session, DataPicture& picture) {
+/// The readings of a point slot (0 observed data, 1 topography) with their first value, or for the
+/// topography their elevation.
+void load_points(const Session& session, int slot, DataPicture& picture) {
     // Read through a session of its own, so that no message reaches the person from a picture.
     HeadlessDialogue silent;
     Session quiet(silent);
     quiet.working_directory = session.working_directory;
-    LocationFileSettings settings = location_settings(session.definition, 0);
-    settings.file = resolve_path(session.working_directory, session.definition.data_file_names[0]);
+    LocationFileSettings settings = location_settings(session.definition, slot);
+    settings.file = resolve_path(session.working_directory, session.definition.data_file_names[static_cast<std::size_t>(slot)]);
     settings.keep_ranges = true;
     LocationData data;
     LocationSummary summary;
@@ -32,7 +34,7 @@ void load_points(const Session& session, DataPicture& picture) {
     for (int k = 1; k <= data.count; ++k) {
         picture.x.push_back(data.locations(k, 1));
         picture.y.push_back(data.locations(k, 2));
-        picture.values.push_back(data.values(k, 1));
+        picture.values.push_back(slot == 0 ? static_cast<double>(data.values(k, 1)) : data.locations(k, 3));
     }
     const auto [x_low, x_high] = std::minmax_element(picture.x.begin(), picture.x.end());
     const auto [y_low, y_high] = std::minmax_element(picture.y.begin(), picture.y.end());
@@ -63,8 +65,8 @@ DataPicture load_data_picture(const Session& session, int slot) {
     const std::size_t s = static_cast<std::size_t>(slot);
     if (trim(session.definition.data_file_names[s]).empty()) return picture;
     try {
-        if (slot == 0 && session.definition.data_file_kinds[s] == 0)
-            load_points(session, picture);
+        if (slot <= 1 && session.definition.data_file_kinds[s] == 0)
+            load_points(session, slot, picture);
         else if (slot >= 1 && session.definition.data_file_kinds[s] == 1)
             load_grid(session, slot, picture);
     } catch (const std::exception&) {

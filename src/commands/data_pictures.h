@@ -11,14 +11,15 @@ struct Session;
 
 struct DataPicture {
     GridWindow grid;                       // a grid slot
-    std::vector<double> x, y, values;      // a point slot: the readings and their first value
+    std::vector<double> x, y, values;      // a point slot: the readings and their value or elevation
     double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
 
     bool empty() const { return grid.empty() && x.empty(); }
 };
 
-/// What slot `slot` of the definition shows: slot 0 the readings of its point file (by the column
-/// definitions, the transform applied), slots 1 to 5 the grid when the slot holds a grid file.
+/// What slot `slot` of the definition shows: slots 0 and 1 the readings of a point file (by the
+/// column definitions, the transform applied; the topography coloured by elevation), slots 1 to 5
+/// the grid when the slot holds a grid file.
 /// Silent: a file that can't be read gives an empty picture (the boxes tell the person why).
 DataPicture load_data_picture(const Session& session, int slot);
 

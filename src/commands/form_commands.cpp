@@ -82,7 +82,7 @@ void change_working_directory(Session& session, CommandHost& host) {
     set_working_directory_command(session, *chosen);
 }
 
-void read_inversion_model_command(Session& session) {
+void read_model_menu(Session& session) {
     if (trim(session.original_mesh_name).empty() || !session.loaded_mesh.loaded) {
         session.dialogue.message_box("No mesh file has been specified");
         return;
@@ -100,6 +100,40 @@ void read_inversion_model_command(Session& session) {
     if (!choice) return;
     // The model is read when the refinement run is created; here its name is kept.
     session.original_model_name = resolve_path(session.working_directory, *choice).string();
+}
+
+/// menu_read_inversion_mesh until the refinement reader takes it over: a mesh file read, its limits
+/// into the mesh rows and refinement mode on. 0, 1 when cancelled, -1 after a message.
+int read_mesh_menu(Session& session) {
+    FileChoice request;
+    request.title = "Select the mesh definition file";
+    request.filter =
+        "UBC mesh Files|*.mesh;*.msh;*.dat;mesh|RES3DINV Inversion Files|*.inv|GoCad voxet files|*.vo|VTK grid "
+        "files|*.vtk|All files (*.*)|*.*";
+    request.start_name = directory_of(session.original_mesh_name);
+    std::optional<std::string> choice = session.dialogue.choose_file(request);
+    if (!choice) return 1;
+    FormModel& form = session.form;
+    clear_mesh(session.loaded_mesh);
+    form.set_visible("menu_read_inversion_model", false);
+    session.original_mesh_name = resolve_path(session.working_directory, *choice).string();
+    if (read_mesh_file(session, session.original_mesh_name) != 0) return -1;
+    const LoadedMesh& mesh = session.loaded_mesh;
+    double depth = 0;
+    for (int k = 1; k <= mesh.nz; ++k) depth += mesh.dz[k];
+    form.set_text("Text_cell_size", 0, general_number_text(mesh.core_dx));
+    form.set_text("Text_min_val", 0, general_number_text(mesh.x_nodes[1]));
+    form.set_text("Text_max_val", 0, general_number_text(mesh.x_nodes[mesh.nx + 1]));
+    form.set_text("Text_cell_size", 1, general_number_text(mesh.core_dy));
+    form.set_text("Text_min_val", 1, general_number_text(mesh.y_nodes[1]));
+    form.set_text("Text_max_val", 1, general_number_text(mesh.y_nodes[mesh.ny + 1]));
+    form.set_text("Text_cell_size", 2, general_number_text(mesh.core_dz));
+    form.set_text("Text_max_val", 2, general_number_text(mesh.z0));
+    form.set_text("Text_min_val", 2, general_number_text(mesh.z0 - depth));
+    switch_inversion_mode(session, 1);
+    session.dialogue.message_box("The mesh file has been loaded and refinement mode is enabled");
+    form.set_visible("menu_read_inversion_model", true);
+    return 0;
 }
 
 }  // namespace
@@ -190,38 +224,6 @@ void switch_inversion_mode(Session& session, int index) {
     session.form.set_visible("menu_define_inversion_mode", 1, index != 1);
 }
 
-int read_inversion_mesh_command(Session& session) {
-    FileChoice request;
-    request.title = "Select the mesh definition file";
-    request.filter =
-        "UBC mesh Files|*.mesh;*.msh;*.dat;mesh|RES3DINV Inversion Files|*.inv|GoCad voxet files|*.vo|VTK grid "
-        "files|*.vtk|All files (*.*)|*.*";
-    request.start_name = directory_of(session.original_mesh_name);
-    std::optional<std::string> choice = session.dialogue.choose_file(request);
-    if (!choice) return 1;
-    FormModel& form = session.form;
-    clear_mesh(session.loaded_mesh);
-    form.set_visible("menu_read_inversion_model", false);
-    session.original_mesh_name = resolve_path(session.working_directory, *choice).string();
-    if (read_mesh_file(session, session.original_mesh_name) != 0) return -1;
-    const LoadedMesh& mesh = session.loaded_mesh;
-    double depth = 0;
-    for (int k = 1; k <= mesh.nz; ++k) depth += mesh.dz[k];
-    form.set_text("Text_cell_size", 0, general_number_text(mesh.core_dx));
-    form.set_text("Text_min_val", 0, general_number_text(mesh.x_nodes[1]));
-    form.set_text("Text_max_val", 0, general_number_text(mesh.x_nodes[mesh.nx + 1]));
-    form.set_text("Text_cell_size", 1, general_number_text(mesh.core_dy));
-    form.set_text("Text_min_val", 1, general_number_text(mesh.y_nodes[1]));
-    form.set_text("Text_max_val", 1, general_number_text(mesh.y_nodes[mesh.ny + 1]));
-    form.set_text("Text_cell_size", 2, general_number_text(mesh.core_dz));
-    form.set_text("Text_max_val", 2, general_number_text(mesh.z0));
-    form.set_text("Text_min_val", 2, general_number_text(mesh.z0 - depth));
-    switch_inversion_mode(session, 1);
-    session.dialogue.message_box("The mesh file has been loaded and refinement mode is enabled");
-    form.set_visible("menu_read_inversion_model", true);
-    return 0;
-}
-
 void register_form_commands(Session& session, CommandHost& host, FormCommands& state) {
     FormModel& form = session.form;
     Session* s = &session;
@@ -252,13 +254,13 @@ void register_form_commands(Session& session, CommandHost& host, FormCommands& s
     form.on_change("menu_read_inversion_mesh", [s, busy](int) {
         run_exclusive(*s, *busy, [s] {
             try {
-                read_inversion_mesh_command(*s);
+                read_mesh_menu(*s);
             } catch (const std::exception& fault) {
                 s->dialogue.message_box(std::string("An error occurred while reading the mesh file: ") + fault.what());
             }
         });
     });
-    form.on_change("menu_read_inversion_model", [s](int) { read_inversion_model_command(*s); });
+    form.on_change("menu_read_inversion_model", [s](int) { read_model_menu(*s); });
 }
 
 }  // namespace invsetup

@@ -71,9 +71,4 @@ void leave_control(Session& session, std::string_view name, int index);
 /// menu_define_inversion_mode(index): 0 standard, 1 refinement; the menu offers the other mode.
 void switch_inversion_mode(Session& session, int index);
 
-/// menu_read_inversion_mesh: asks for a mesh file and reads it; on success the mesh's limits and
-/// cell sizes fill the mesh rows and refinement mode is on. Returns 0, 1 when cancelled, -1 after a
-/// message.
-int read_inversion_mesh_command(Session& session);
-
 }  // namespace invsetup

@@ -135,7 +135,8 @@ constexpr LayoutText layout_table[] = {
      "Check_topo_type(1)*2;"
      "Check_topo_shift*2;"
      "'Topo offset' Text_UBC_elevation_offset(1);"
-     "Command_set_limits_from_file(1)*2"},
+     "Command_set_limits_from_file(1)*2;"
+     "Picture_topo_points*2"},
     {"Frame_data_file_definitions(1)", S::grid,
      "'First data line' Text_UBC_locations_nhead(1) 'Read step' Text_UBC_locations_nstep(1) "
      "'Names line' Text_UBC_locations_name_line(1);"

@@ -249,6 +249,8 @@ constexpr ControlSpec table[] = {
      "observed data points being reported as being under the topo",
      2, "Frame_data_file(1)"},
     {"Text_UBC_elevation_offset", 1, K::text_box, "0", "", "Topo Offset", 2, "Frame_data_file(1)"},
+    {"Picture_topo_points", none, K::picture, "", "", "topography point locations, coloured by elevation", 2,
+     "Frame_data_file(1)"},
 
     {"Frame_data_file_definitions", 1, K::frame, "Data File Format", "", "", 2, ""},
     {"Text_UBC_locations_nhead", 1, K::text_box, "2", "", "First line in file containing valid data", 2,
