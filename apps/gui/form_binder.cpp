@@ -83,8 +83,7 @@ private:
     QString pending_;
 };
 
-/// The two arrows of a spin control; the model's handler is raised with the direction in the
-/// control's value (-1 down, 1 up), as the control's own value moved.
+/// The two arrows of a spin control.
 class UpDown : public QWidget {
 public:
     explicit UpDown(QWidget* parent) : QWidget(parent) {
@@ -469,12 +468,11 @@ void FormBinder::connect_widget(const Control& control, QWidget* w) {
             user_edit(key, [&] { form.set_text("Dir1", QDir::toNativeSeparators(path).toStdString()); });
         });
     } else if (auto* spin = dynamic_cast<UpDown*>(w)) {
-        // The spin control's value moves by one and its change is raised; the handler sets it back.
-        auto step = [this, key, &form](int direction) {
-            user_edit(key, [&] { form.set_text(key.first, key.second, std::to_string(direction)); });
+        auto step = [this, key](bool up) {
+            user_edit(key, [&] { spin_control(session_, key.second, up); });
         };
-        connect(spin->up, &QToolButton::clicked, this, [step] { step(1); });
-        connect(spin->down, &QToolButton::clicked, this, [step] { step(-1); });
+        connect(spin->up, &QToolButton::clicked, this, [step] { step(true); });
+        connect(spin->down, &QToolButton::clicked, this, [step] { step(false); });
     }
 }
 

@@ -126,7 +126,7 @@ void MainWindow::connect_pictures() {
         view->set_renderer([this, slot, points_only](int width, int height) {
             auto& cached = pictures_[static_cast<std::size_t>(slot)];
             if (!cached) cached = load_data_picture(session_, slot);
-            if (points_only && !cached->grid.empty()) return RgbaImage(width, height);  // the grid has its own view
+            if (cached->empty() || (points_only && !cached->grid.empty())) return RgbaImage();  // nothing of its own
             return render_data_picture(*cached, width, height);
         });
     };

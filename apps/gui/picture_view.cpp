@@ -42,7 +42,13 @@ void PictureView::paintEvent(QPaintEvent*) {
     render_if_stale();
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);
-    if (!image_.isNull()) painter.drawImage(0, 0, image_);
+    if (!image_.isNull()) {
+        painter.drawImage(0, 0, image_);
+    } else if (!toolTip().isEmpty()) {
+        // Nothing to show yet: say what would be shown here.
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap, "No " + toolTip());
+    }
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }

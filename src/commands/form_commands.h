@@ -68,6 +68,9 @@ void click_control(Session& session, std::string_view name, int index);
 void double_click_control(Session& session, std::string_view name, int index);
 void leave_control(Session& session, std::string_view name, int index);
 
+/// A click on an arrow of UpDown_clip(index): `up` or down.
+void spin_control(Session& session, int index, bool up);
+
 /// menu_define_inversion_mode(index): 0 standard, 1 refinement; the menu offers the other mode.
 void switch_inversion_mode(Session& session, int index);
 

@@ -16,6 +16,11 @@
 #include "form_binder.h"
 #include "main_window.h"
 #include "qt_dialogue.h"
+#include "utility_dialogs.h"
+
+#include <QDateEdit>
+#include <QDoubleSpinBox>
+#include <set>
 #include "session.h"
 #include "test_support.h"
 
@@ -242,6 +247,42 @@ private slots:
         QCOMPARE(again.window.tabs()->currentIndex(), 2);
         QCOMPARE(again.window.size(), QSize(1000, 700));
         QCOMPARE(again.session.form.text("Dir1"), dir.path().string());
+    }
+
+    void the_transform_form_edits_every_field_of_the_record() {
+        PointTransform transform;
+        TransformDialog dialog(transform);
+        const QList<QDoubleSpinBox*> boxes = dialog.findChildren<QDoubleSpinBox*>();
+        QCOMPARE(boxes.size(), 13);
+        for (qsizetype i = 0; i < boxes.size(); ++i) boxes[i]->setValue(1000.0 + static_cast<double>(i));
+        const PointTransform edited = dialog.transform();
+        const std::set<double> values{edited.angle,    edited.x_scale,  edited.y_scale, edited.local_x0, edited.local_x1,
+                                      edited.map_x0,   edited.map_x1,   edited.local_y0, edited.local_y1, edited.map_y0,
+                                      edited.map_y1,   edited.z_offset, edited.z_scale};
+        QCOMPARE(values.size(), std::size_t{13});  // each box has a field of its own
+        QCOMPARE(*values.begin(), 1000.0);
+        QCOMPARE(*values.rbegin(), 1012.0);
+        QVERIFY(dialog.findChild<QCheckBox*>()->isChecked());  // such a transform is on
+    }
+
+    void the_igrf_form_calculates_the_field_for_a_date_and_place() {
+        const IgrfModel model = IgrfModel::read(fs::path(INVSETUP_TEST_DATA) / ".." / ".." / "data" / "igrf14coeffs.txt");
+        IgrfDialog dialog(&model, QString());
+        QVERIFY(!dialog.field());
+        dialog.findChild<QDateEdit*>()->setDate(QDate(2022, 2, 6));
+        const QList<QDoubleSpinBox*> boxes = dialog.findChildren<QDoubleSpinBox*>();
+        QCOMPARE(boxes.size(), 3);
+        boxes[0]->setValue(114.85);
+        boxes[1]->setValue(43.53);
+        boxes[2]->setValue(829100);
+        for (QPushButton* button : dialog.findChildren<QPushButton*>())
+            if (button->text() == "&Calculate") button->click();
+        QVERIFY(dialog.field().has_value());
+        QVERIFY(std::abs(dialog.field()->intensity - 37565.4) < 2.0);
+        bool shown = false;
+        for (QLineEdit* box : dialog.findChildren<QLineEdit*>())
+            shown = shown || box->text().startsWith("3756");
+        QVERIFY(shown);
     }
 
     void file_filters_become_qt_filters() {
