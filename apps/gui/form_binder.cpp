@@ -571,9 +571,13 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
         for (const QPointer<QLabel>& caption : captions_[key])
             if (caption) caption->setEnabled(control.enabled);
     }
-    if (spec.kind == ControlKind::text_box && spec.name == "Text_data_locations" && property == ControlProperty::value)
-        emit picture_stale(spec.index == 0 ? QStringLiteral("Picture_data_points") : QStringLiteral("Picture_mag"),
-                           spec.index == 0 ? no_index : spec.index);
+    if (property == ControlProperty::value && (spec.tab == 1 || spec.tab == 2) && spec.kind == ControlKind::text_box &&
+        !is_multi_line_control(spec.name)) {
+        // A file or its column definitions changed: the pictures of its tab are drawn again.
+        if (spec.name == "Text_data_locations" && spec.index >= 1) emit picture_stale(QStringLiteral("Picture_mag"), spec.index);
+        emit picture_stale(spec.tab == 1 ? QStringLiteral("Picture_data_points") : QStringLiteral("Picture_topo_points"),
+                           no_index);
+    }
     if (w == nullptr) return;
 
     switch (property) {

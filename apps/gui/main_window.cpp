@@ -137,9 +137,13 @@ void MainWindow::connect_pictures() {
         const int slot = picture_slot(name, index);
         if (slot < 0) return;
         pictures_[static_cast<std::size_t>(slot)].reset();
-        if (PictureView* view = binder_->picture(name.toStdString(), index)) view->invalidate();
-        if (slot == 1)
-            if (PictureView* view = binder_->picture("Picture_topo_points")) view->invalidate();
+        // The topography's grid and points views share their slot.
+        if (slot == 1) {
+            for (PictureView* view : {binder_->picture("Picture_mag", 1), binder_->picture("Picture_topo_points")})
+                if (view != nullptr) view->invalidate();
+        } else if (PictureView* view = binder_->picture(name.toStdString(), index)) {
+            view->invalidate();
+        }
     });
 }
 

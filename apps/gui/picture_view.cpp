@@ -15,6 +15,9 @@ QImage to_qimage(const RgbaImage& image) {
 PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     setMinimumSize(200, 150);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    settle_.setSingleShot(true);
+    settle_.setInterval(300);
+    connect(&settle_, &QTimer::timeout, this, [this] { update(); });
 }
 
 void PictureView::set_renderer(Renderer render) {
@@ -24,11 +27,11 @@ void PictureView::set_renderer(Renderer render) {
 
 void PictureView::invalidate() {
     stale_ = true;
-    update();
+    settle_.start();
 }
 
 void PictureView::render_if_stale() {
-    if (!stale_) return;
+    if (!stale_ || settle_.isActive()) return;
     stale_ = false;
     image_ = render_ ? to_qimage(render_(width(), height())) : QImage();
 }

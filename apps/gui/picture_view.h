@@ -2,6 +2,7 @@
 // control's size, drawn again when the size changes or the content is marked stale.
 #pragma once
 #include <QImage>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -19,7 +20,8 @@ public:
     using Renderer = std::function<RgbaImage(int width, int height)>;
     explicit PictureView(QWidget* parent = nullptr);
     void set_renderer(Renderer render);
-    /// The content changed: draw again when next shown.
+    /// The content changed: draw again when next shown, once the changes have settled (typing in a
+    /// column box reads the file once, not at every key).
     void invalidate();
     const QImage& image() const { return image_; }
     QSize sizeHint() const override { return {320, 240}; }
@@ -33,6 +35,7 @@ private:
     Renderer render_;
     QImage image_;
     bool stale_ = true;
+    QTimer settle_;
 };
 
 }  // namespace invsetup::gui
