@@ -8,7 +8,7 @@ packages=(
     libcli11-dev libgtest-dev libgmock-dev libbenchmark-dev
     libgdal-dev gdal-bin libcgal-dev libgmp-dev libmpfr-dev libfreeimage-dev
     qt6-base-dev xvfb xauth
-    procps
+    procps slurm-wlm munge python3-vtk9
 )
 
 missing=()

@@ -14,6 +14,7 @@
 #include "commands/commands.h"
 #include "commands/create_commands.h"
 #include "form/form_load.h"
+#include "cluster_options.h"
 #include "session.h"
 #include "size_report.h"
 #include "support/dialogue.h"
@@ -93,6 +94,7 @@ struct CreateOptions {
     bool update_data = false;
     bool yes = false;
     bool quiet = false;
+    ClusterOptions cluster;
 };
 
 std::filesystem::path working_directory_for(const std::string& definition, const std::string& option) {
@@ -120,7 +122,9 @@ int run_create(const CreateOptions& options) {
     const int index = options.update ? 1 : options.variation ? 2 : 0;
     if (create_command(session, index) < 0) return 1;
     if (!options.quiet) std::cerr << "Run package: " << run.string() << '\n';
-    return 0;
+    return write_cluster_files(options.cluster, options.definition,
+                               working_directory_for(options.definition, options.working_directory), run,
+                               options.quiet);
 }
 
 int run_check(const std::string& definition, const std::string& working_directory, const SizeOptions& size) {
@@ -179,6 +183,7 @@ void register_create_command(CLI::App& app, int& exit_code) {
     update->excludes(variation);
     create->add_flag("--yes", options->yes, "Answer Yes to every question (without it every question is answered No)");
     create->add_flag("--quiet", options->quiet, "No progress lines or bar; messages still go to stderr");
+    add_cluster_options(*create, options->cluster);
     create->callback([&exit_code, options] { exit_code = run_create(*options); });
 }
 

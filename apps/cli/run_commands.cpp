@@ -7,6 +7,7 @@
 #include <string>
 
 #include "commands/start_run.h"
+#include "create/shell_twin.h"
 
 namespace invsetup::cli {
 

@@ -4,8 +4,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "create/shell_twin.h"
-
 #ifndef _WIN32
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -13,16 +11,6 @@
 #endif
 
 namespace invsetup {
-
-std::filesystem::path start_script_in(const std::filesystem::path& run_directory) {
-    for (const char* batch : {"iter_all.bat", "run_inversion.bat", "run_maginv3d.bat", "run_gzinv3d.bat",
-                              "run_zarninv3d.bat"}) {
-        std::error_code ignored;
-        if (std::filesystem::is_regular_file(run_directory / batch, ignored))
-            return shell_twin_path(run_directory / batch);
-    }
-    return {};
-}
 
 #ifndef _WIN32
 

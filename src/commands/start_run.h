@@ -6,12 +6,6 @@
 
 namespace invsetup {
 
-/// The start script of the package already in `run_directory`, told by the files it holds: the sh
-/// twin of "iter_all.bat" (tiled run), else of "run_inversion.bat", else of the inversion program's
-/// own batch file (a variation run), the same choice start_batch_file_name makes from the form.
-/// Empty when the folder holds none of them.
-std::filesystem::path start_script_in(const std::filesystem::path& run_directory);
-
 /// Runs `script` with /bin/sh in the background, in a session of its own so that it outlives the
 /// caller, standard output and errors to `log` (replaced), standard input from /dev/null. Returns the
 /// process id, or -1 with the reason in `error`. POSIX systems only; elsewhere always -1.

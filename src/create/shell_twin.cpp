@@ -380,6 +380,16 @@ std::filesystem::path shell_twin_path(const std::filesystem::path& batch_path) {
     return twin += ".sh";
 }
 
+std::filesystem::path start_script_in(const std::filesystem::path& run_directory) {
+    for (const char* batch : {"iter_all.bat", "run_inversion.bat", "run_maginv3d.bat", "run_gzinv3d.bat",
+                              "run_zarninv3d.bat"}) {
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(run_directory / batch, ignored))
+            return shell_twin_path(run_directory / batch);
+    }
+    return {};
+}
+
 std::string shell_twin_text(const std::string& batch_name, const std::vector<std::string>& batch_lines) {
     return Translator(batch_name, batch_lines).text();
 }

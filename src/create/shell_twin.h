@@ -19,6 +19,12 @@ std::filesystem::path shell_twin_path(const std::filesystem::path& batch_path);
 /// `batch_name` is named in the twin's head comment.
 std::string shell_twin_text(const std::string& batch_name, const std::vector<std::string>& batch_lines);
 
+/// The start script of the package already in `run_directory`, told by the files it holds: the sh
+/// twin of "iter_all.bat" (tiled run), else of "run_inversion.bat", else of the inversion program's
+/// own batch file (a variation run), the same choice start_batch_file_name makes from the form.
+/// Empty when the folder holds none of them.
+std::filesystem::path start_script_in(const std::filesystem::path& run_directory);
+
 /// Writes the twin of the batch file at `batch_path` beside it, executable (rwxr-xr-x). Throws
 /// std::runtime_error naming the file when it can't be written.
 void write_shell_twin(const std::filesystem::path& batch_path, const std::vector<std::string>& batch_lines);

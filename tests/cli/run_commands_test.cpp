@@ -75,3 +75,31 @@ TEST(StartCommandLine, AFolderWithoutAPackageFails) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ClusterCommandLine, CreateAddsTheSlurmJobWithTheOptionsGiven) {
+    TempDir dir;
+    const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
+    fs::copy(examples / "gravity", dir.path() / "survey", fs::copy_options::recursive);
+    const std::string definition = quoted(dir.path() / "survey" / "inversion.inp");
+    const fs::path run = dir.path() / "grav";
+    // Options that need --cluster, or aren't of their form, are usage errors before anything is written.
+    EXPECT_EQ(run_cli("create --quiet --cpus 2 " + definition + " " + quoted(run)).exit_code, 2);
+    EXPECT_EQ(run_cli("create --quiet --cluster slurm --time 90:00 " + definition + " " + quoted(run)).exit_code, 2);
+    EXPECT_EQ(run_cli("create --quiet --cluster pbs " + definition + " " + quoted(run)).exit_code, 2);
+    EXPECT_FALSE(fs::exists(run));
+
+    const CliRun created = run_cli("create --cluster slurm --cpus 8 --mem 3G --partition short " + definition + " " +
+                                   quoted(run));
+    ASSERT_EQ(created.exit_code, 0) << created.err;
+    const std::string job = read_file_bytes(run / "submit.slurm");
+    for (const char* line : {"#SBATCH --job-name=grav\n", "#SBATCH --cpus-per-task=8\n", "#SBATCH --mem=3072M\n",
+                             "#SBATCH --partition=short\n", "sh ./run_inversion.sh\n"})
+        EXPECT_NE(job.find(line), std::string::npos) << line;
+    // The time limit from the size estimate: whole hours.
+    EXPECT_NE(job.find(":00:00\n#SBATCH --partition"), std::string::npos) << job;
+    EXPECT_NE(created.err.find("Slurm jobs (8 CPUs, 3072M, "), std::string::npos) << created.err;
+}
+
+}  // namespace

@@ -54,26 +54,6 @@ TEST(ShellTwin, WriteBatchFileLeavesTheBatchBytesAndAddsAnExecutableTwin) {
     EXPECT_EQ(shell_twin_path("a/ITER_ALL.BAT"), fs::path("a/ITER_ALL.sh"));
 }
 
-/// Stand-ins for the outside programs: each writes "<folder>: <program> <arguments>" to $TWIN_LOG,
-/// checks the files it reads and writes the files the next step reads.
-const char* const stand_in_script = R"(#!/bin/sh
-name=$(basename "$0")
-[ "$name" = Zarnsen3D_RPCServer ] && exit 0
-echo "$(basename "$PWD"): $name $*" >> "$TWIN_LOG"
-need() { for f; do [ -e "$f" ] || { echo "$name: no $f" >&2; exit 3; }; done; }
-case $name in
-    Vorlextract|Zarnextract) need "$1" "$2"; touch "$3" ;;
-    Vorlnullvol|Zarnnullvol) need "$1" "$2"; touch "$3" ;;
-    magfor3d) need tilenull.msh; touch magfor3d.mag ;;
-    Vorldelreg) need "$3"; touch "$4" ;;
-    pfweight) need "$1" ;;
-    magsen3d) need "$1"; touch maginv3d.mtx ;;
-    maginv3d) need maginv3d.mtx "$1"; touch maginv3d.sus maginv3d.pre maginv3d.kap ;;
-    vorlerror|Zarnerror) need "$1" "$2"; touch "$3" ;;
-    Vorlinsert|Zarninsert) need "$2" "$4"; basename "$PWD" >> "$4" ;;
-esac
-)";
-
 class TwinRun : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -81,7 +61,7 @@ protected:
         fs::create_directories(bin);
         for (const char* program : {"Vorlextract", "Vorlnullvol", "magfor3d", "Vorldelreg", "pfweight", "magsen3d",
                                     "maginv3d", "vorlerror", "Vorlinsert", "Zarnsen3D_RPCServer"}) {
-            write_file_bytes(bin / program, stand_in_script);
+            fs::copy_file(test_data("twins/stand_in.sh"), bin / program);
             fs::permissions(bin / program, fs::perms::owner_all);
         }
         path_ = bin.string() + ":" + std::getenv("PATH");
