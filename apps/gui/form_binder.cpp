@@ -151,6 +151,7 @@ void FormBinder::user_edit(const Key& key, Edit edit) {
     }
     // Option buttons and the like may have been refused: show what the model holds.
     if (widget(key.first, key.second) != nullptr) apply(session_.form.control(key.first, key.second), ControlProperty::value);
+    emit edited();
 }
 
 QTabWidget* FormBinder::build_tabs(QWidget* parent) {
@@ -496,6 +497,12 @@ void FormBinder::observe(const Control& control, ControlProperty property) {
     pushing_ = true;
     apply(control, property);
     pushing_ = was_pushing;
+}
+
+void FormBinder::adopt(std::string_view name, int index, QWidget* w) {
+    const Key key{std::string(name), index};
+    widgets_[key] = w;
+    keys_of_[w] = key;
 }
 
 void FormBinder::refresh_directories() {

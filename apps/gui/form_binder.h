@@ -49,6 +49,9 @@ public:
     PictureView* picture(std::string_view name, int index = no_index) const;
     const std::map<Key, QWidget*>& widgets() const { return widgets_; }
 
+    /// A widget built by the window stands for a control (the tiling overlay for its frame): it
+    /// follows the control's visibility and enabling from the next change on.
+    void adopt(std::string_view name, int index, QWidget* widget);
     /// The directory list reads its folders again.
     void refresh_directories();
     /// Brings every widget to the model's state.
@@ -61,6 +64,8 @@ signals:
     void caption_changed(const QString& caption);
     /// A picture control's content changed: its file or its caption.
     void picture_stale(const QString& name, int index);
+    /// A person's edit went to the model (and its handlers ran).
+    void edited();
 
 private:
     struct SharedCell {

@@ -1,6 +1,7 @@
 // apps/gui/picture_view.cpp - a picture control over the core's renderer.
 #include "picture_view.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 
 namespace invsetup::gui {
@@ -52,8 +53,19 @@ void PictureView::paintEvent(QPaintEvent*) {
         painter.setPen(palette().color(QPalette::PlaceholderText));
         painter.drawText(rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap, "No " + toolTip());
     }
+    if (overlay_) overlay_(painter);
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void PictureView::mouseMoveEvent(QMouseEvent* event) {
+    emit pointer_moved(event->position().x(), event->position().y());
+    QWidget::mouseMoveEvent(event);
+}
+
+void PictureView::mouseReleaseEvent(QMouseEvent* event) {
+    emit released();
+    QWidget::mouseReleaseEvent(event);
 }
 
 }  // namespace invsetup::gui

@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <functional>
 
+class QPainter;
+
 #include "grids/grid_picture.h"
 
 namespace invsetup::gui {
@@ -24,11 +26,26 @@ public:
     /// column box reads the file once, not at every key).
     void invalidate();
     const QImage& image() const { return image_; }
+    /// Drawn over the picture (the plan of the tiling view).
+    void set_overlay(std::function<void(QPainter&)> overlay) {
+        overlay_ = std::move(overlay);
+        update();
+    }
+
+signals:
+    /// The pointer moved over the picture (tracked while the view has an overlay).
+    void pointer_moved(double x, double y);
+    /// A mouse button came up over the picture.
+    void released();
+
+public:
     QSize sizeHint() const override { return {320, 240}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     void render_if_stale();
@@ -36,6 +53,7 @@ private:
     QImage image_;
     bool stale_ = true;
     QTimer settle_;
+    std::function<void(QPainter&)> overlay_;
 };
 
 }  // namespace invsetup::gui
