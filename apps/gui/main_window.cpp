@@ -20,6 +20,10 @@
 #include "session.h"
 #include "utility_dialogs.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace invsetup::gui {
 
 namespace {
@@ -149,10 +153,17 @@ void MainWindow::connect_pictures() {
 
 bool MainWindow::start_process(const std::filesystem::path& program, const std::filesystem::path& directory) {
 #ifdef _WIN32
-    // Minimised and without the focus, as the batch files have always started.
-    return QProcess::startDetached("cmd.exe",
-                                   {"/c", "start", "\"\"", "/min", QString::fromStdString(program.filename().string())},
-                                   QString::fromStdString(directory.string()));
+    // In a console of its own, minimised and without the focus (window style 6), not waited for.
+    QProcess process;
+    process.setProgram("cmd.exe");
+    process.setArguments({"/c", QString::fromStdString(program.filename().string())});
+    process.setWorkingDirectory(QString::fromStdString(directory.string()));
+    process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
+        arguments->flags |= CREATE_NEW_CONSOLE;
+        arguments->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
+        arguments->startupInfo->wShowWindow = SW_SHOWMINNOACTIVE;
+    });
+    return process.startDetached();
 #else
     std::string error;
     if (start_in_background(program, directory / "run.log", error) > 0) return true;
