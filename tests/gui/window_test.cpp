@@ -232,6 +232,37 @@ private slots:
         QVERIFY(h.widget("Command_create_inversion", 0)->isEnabled());
     }
 
+    void a_column_box_opens_the_name_list_over_itself() {
+        const testing::TempDir dir;
+        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
+            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        Harness h;
+        h.session.working_directory = dir.path();
+        h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
+        h.window.binder().action("menu_read_file", 0)->trigger();
+        h.window.tabs()->setCurrentIndex(1);
+        h.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&h.window));
+
+        auto* names = h.as<QComboBox>("Combo_names", 0);
+        QVERIFY(names != nullptr && names->isHidden());
+        auto* box = h.as<QLineEdit>("Text_UBC_locations_magpos", 0);
+        QCOMPARE(box->text(), QString("tmi"));
+        QTest::mouseClick(box, Qt::LeftButton);
+        QVERIFY(!names->isHidden());
+        QCOMPARE(names->geometry().topLeft(), box->mapTo(names->parentWidget(), QPoint(0, 0)));
+        QCOMPARE(names->itemText(0), QString("N/A"));
+        names->hidePopup();
+        const int y_row = names->findText("y");
+        QVERIFY(y_row > 0);
+        names->setCurrentIndex(y_row);
+        emit names->activated(y_row);
+        QVERIFY(names->isHidden());
+        QCOMPARE(box->text(), QString("y"));
+        QCOMPARE(h.session.definition.data_value_columns[0], y_row);
+        h.window.close();
+    }
+
     void working_directory_window_size_and_tab_are_remembered() {
         const testing::TempDir dir;
         {
