@@ -27,6 +27,7 @@ void register_create_command(CLI::App& app, int& exit_code);
 void register_check_command(CLI::App& app, int& exit_code);
 void register_mesh_command(CLI::App& app, int& exit_code);
 void register_start_command(CLI::App& app, int& exit_code);
+void register_export_command(CLI::App& app, int& exit_code);
 void register_igrf_command(CLI::App& app, int& exit_code);
 
 }  // namespace invsetup::cli

@@ -1,4 +1,5 @@
-// apps/cli/run_commands.cpp - start: runs a package's sh script in the background.
+// apps/cli/run_commands.cpp - start: runs a package's sh script in the background; export: the
+// package as ParaView files.
 #include "commands.h"
 
 #include <filesystem>
@@ -8,6 +9,9 @@
 
 #include "commands/start_run.h"
 #include "create/shell_twin.h"
+#include "modelfiles/vtk_export.h"
+#include "session.h"
+#include "support/dialogue.h"
 
 namespace invsetup::cli {
 
@@ -43,7 +47,32 @@ int start_run(const std::string& run_text) {
     return 0;
 }
 
+int export_run(const std::string& run_text, const std::string& output_text) {
+    const std::filesystem::path run = std::filesystem::absolute(run_text).lexically_normal();
+    const std::filesystem::path output =
+        output_text.empty() ? run / "paraview" : std::filesystem::absolute(output_text).lexically_normal();
+    HeadlessDialogue dialogue(&std::cerr);
+    Session session(dialogue);
+    VtkExportSummary summary;
+    if (export_run_to_vtk(session, run, output, summary) < 0) return 1;
+    for (const std::string& skipped : summary.skipped) std::cerr << "Passed over " << skipped << '\n';
+    for (const std::filesystem::path& path : summary.written) std::cout << path.string() << '\n';
+    return 0;
+}
+
 }  // namespace
+
+void register_export_command(CLI::App& app, int& exit_code) {
+    auto run = std::make_shared<std::string>();
+    auto output = std::make_shared<std::string>();
+    CLI::App* command = app.add_subcommand(
+        "export",
+        "Write the package as VTK XML files ParaView opens: mesh.vtr (the models and the air cells), "
+        "topography.vts, mag_obs.vtp or grav_obs.vtp (the readings), tiles.vtp (a tiled run), run.pvd (all)");
+    command->add_option("RUN_DIR", *run, "The run directory")->required();
+    command->add_option("-o,--output", *output, "Folder of the files (default: RUN_DIR/paraview)");
+    command->callback([&exit_code, run, output] { exit_code = export_run(*run, *output); });
+}
 
 void register_start_command(CLI::App& app, int& exit_code) {
     auto run = std::make_shared<std::string>();

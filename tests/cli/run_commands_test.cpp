@@ -103,3 +103,22 @@ TEST(ClusterCommandLine, CreateAddsTheSlurmJobWithTheOptionsGiven) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ExportCommandLine, ListsTheFilesWrittenAndTellsWhatWasPassedOver) {
+    TempDir dir;
+    fs::copy(test_data("vtk/run"), dir.path() / "run", fs::copy_options::recursive);
+    CliRun run = run_cli("export " + quoted(dir.path() / "run"));
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    const fs::path out = dir.path() / "run" / "paraview";
+    EXPECT_EQ(run.out, (out / "topography.vts").string() + "\n" + (out / "mesh.vtr").string() + "\n" +
+                           (out / "mag_obs.vtp").string() + "\n" + (out / "tiles.vtp").string() + "\n" +
+                           (out / "run.pvd").string() + "\n");
+    EXPECT_EQ(run.err, "Passed over ref.den: 2 values for 12 cells\n");
+    run = run_cli("export " + quoted(dir.path() / "run") + " -o " + quoted(dir.path() / "elsewhere"));
+    EXPECT_TRUE(fs::exists(dir.path() / "elsewhere" / "mesh.vtr"));
+    EXPECT_EQ(run_cli("export " + quoted(dir.path())).exit_code, 1);
+}
+
+}  // namespace
