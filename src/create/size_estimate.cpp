@@ -158,7 +158,7 @@ void fill_tiles(const Session& session, SizeEstimate& estimate) {
                      cells);
             tile.readings = std::llround(readings);
             tile.active_cells = std::llround(cells);
-            tile.matrix_bytes = readings * cells * bytes_per_value;
+            tile.matrix_bytes = readings * estimate.components * cells * bytes_per_value;
             estimate.largest_tile_bytes = std::max(estimate.largest_tile_bytes, tile.matrix_bytes);
             estimate.tiles.push_back(tile);
         }
@@ -205,7 +205,9 @@ int run_estimate(Session& session, const SizeEstimateOptions& options, SizeEstim
         estimate_readings(session, size, estimate);
     else if (read_readings(session, estimate) < 0)
         return -1;
-    estimate.matrix_bytes = static_cast<double>(estimate.readings) * static_cast<double>(estimate.active_cells) * bytes_per_value;
+    if (definition.inversion_method == method_zarninv3d) estimate.components = std::max(1, definition.data_type_count);
+    estimate.matrix_bytes = static_cast<double>(estimate.readings) * estimate.components *
+                            static_cast<double>(estimate.active_cells) * bytes_per_value;
 
     const bool tiled = definition.refinement_mode != 0;
     const bool regional = definition.include_regional_mesh != 0 && definition.inversion_method == method_zarninv3d;
@@ -301,8 +303,10 @@ std::vector<std::string> size_report(const SizeEstimate& e) {
     lines.push_back("Cells below topography:   " + count_text(e.active_cells));
     lines.push_back("Readings kept:            " + count_text(e.readings) +
                     (e.readings_estimated ? " (estimated from the data file's size)" : ""));
-    lines.push_back("Sensitivity matrix:       " + count_text(e.readings) + " x " + count_text(e.active_cells) +
-                    " x 4 bytes = " + byte_text(e.matrix_bytes));
+    const std::string rows =
+        e.components > 1 ? count_text(e.readings) + " x " + std::to_string(e.components) + " data types" : count_text(e.readings);
+    lines.push_back("Sensitivity matrix:       " + rows + " x " + count_text(e.active_cells) + " x 4 bytes = " +
+                    byte_text(e.matrix_bytes));
     if (!e.tiles.empty()) {
         const TileSize& largest = *std::max_element(e.tiles.begin(), e.tiles.end(), [](const TileSize& a, const TileSize& b) {
             return a.matrix_bytes < b.matrix_bytes;
@@ -310,7 +314,8 @@ std::vector<std::string> size_report(const SizeEstimate& e) {
         lines.push_back("Tiles:                    " + std::to_string(e.x_tiles) + " x " + std::to_string(e.y_tiles) +
                         ", " + std::to_string(e.tile_depth) + " cells deep");
         for (const TileSize& tile : e.tiles)
-            lines.push_back("  " + tile_name(tile.i, tile.j) + ":  " + count_text(tile.readings) + " x " +
+            lines.push_back("  " + tile_name(tile.i, tile.j) + ":  " + count_text(tile.readings) +
+                            (e.components > 1 ? " x " + std::to_string(e.components) : std::string()) + " x " +
                             count_text(tile.active_cells) + " x 4 bytes = " + byte_text(tile.matrix_bytes));
         lines.push_back("Largest tile matrix:      " + byte_text(largest.matrix_bytes) + " (" + tile_name(largest.i, largest.j) + ")");
     }
@@ -348,7 +353,7 @@ TileSuggestion suggest_tile_size(const SizeEstimate& estimate, int overlap, doub
                 double readings = 0, cells = 0;
                 sums.sum(std::max(1, x0 - overlap), std::min(estimate.nx, x1 + overlap), std::max(1, y0 - overlap),
                          std::min(estimate.ny, y1 + overlap), readings, cells);
-                largest = std::max(largest, readings * cells * bytes_per_value);
+                largest = std::max(largest, readings * estimate.components * cells * bytes_per_value);
             }
         }
         if (largest <= limit_bytes) {

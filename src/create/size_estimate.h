@@ -27,7 +27,9 @@ struct SizeEstimate {
     long long readings = 0;
     /// The readings were estimated from the data file's size rather than read (a long file).
     bool readings_estimated = false;
-    /// The whole run's dense sensitivity matrix: readings x active cells x 4 bytes.
+    /// Matrix rows per reading: the in-house method's data types (one matrix each), else 1.
+    int components = 1;
+    /// The whole run's dense sensitivity matrix: readings x components x active cells x 4 bytes.
     double matrix_bytes = 0;
     /// A tiled run: every tile, and the largest tile matrix, which decides the memory (the tiles run
     /// one after another) while the disk holds every tile's matrix.

@@ -98,6 +98,12 @@ TEST_F(SizeEstimateRun, ReadOrEstimatedReadingsGiveTheMatrix) {
     EXPECT_EQ(estimate.readings, 4);
     EXPECT_TRUE(estimate.readings_estimated);
     EXPECT_EQ(size_report(estimate)[2], "Readings kept:            4 (estimated from the data file's size)");
+
+    // The in-house method builds one matrix per data type.
+    session.definition.inversion_method = method_zarninv3d;
+    session.definition.data_type_count = 3;
+    ASSERT_EQ(estimate_run_size(session, options, estimate), 0);
+    EXPECT_EQ(size_report(estimate)[3], "Sensitivity matrix:       4 x 3 data types x 4 x 4 bytes = 192 bytes");
 }
 
 TEST_F(SizeEstimateRun, EachTileHasItsOwnMatrix) {
