@@ -20,6 +20,10 @@ stop() {
             rm -f "$dir/$daemon.pid"
         fi
     done
+    if [ -f "$dir/socket_dir" ]; then
+        rm -rf "$(cat "$dir/socket_dir")"
+        rm -f "$dir/socket_dir"
+    fi
 }
 
 skip() {
@@ -45,10 +49,15 @@ done
 [ "$(id -u)" -eq 0 ] || skip "slurmd must run as root to start jobs"
 PATH=$PATH:/usr/sbin
 
-# munge: a key of our own, its socket in the folder.
+# munge: a key of our own. munged wants its socket's folder open to all, which a build folder under
+# a home folder need not be: the socket goes to a folder of its own under /tmp.
 dd if=/dev/urandom of="$dir/munge.key" bs=1024 count=1 2>/dev/null
 chmod 400 "$dir/munge.key"
-munged --key-file="$dir/munge.key" --socket="$dir/munge.socket" --pid-file="$dir/munged.pid" \
+socket_dir=$(mktemp -d /tmp/invsetup-munge.XXXXXX) || skip "no folder for munge's socket"
+chmod 755 "$socket_dir"
+echo "$socket_dir" > "$dir/socket_dir"
+socket="$socket_dir/munge.socket"
+munged --key-file="$dir/munge.key" --socket="$socket" --pid-file="$dir/munged.pid" \
     --log-file="$dir/munged.log" --seed-file="$dir/munged.seed" || skip "munged did not start: $(tail -1 "$dir/munged.log" 2>/dev/null)"
 
 node=$(hostname -s)
@@ -65,7 +74,7 @@ SlurmctldPort=$port
 SlurmdPort=$((port + 1))
 AuthType=auth/munge
 CredType=cred/munge
-AuthInfo=socket=$dir/munge.socket
+AuthInfo=socket=$socket
 StateSaveLocation=$dir/state
 SlurmdSpoolDir=$dir/spool
 SlurmctldPidFile=$dir/slurmctld.pid
