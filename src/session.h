@@ -13,7 +13,9 @@
 #include "mesh/inversion_mesh.h"
 #include "mesh/mesh_definition.h"
 #include "mesh/tile_layout.h"
+#include "mesh/tiling_view.h"
 #include "modelfiles/mesh_file_read.h"
+#include "modelfiles/model_file_read.h"
 #include "support/dialogue.h"
 #include "support/files.h"
 
@@ -45,7 +47,10 @@ struct Session {
     MeshPadding padding;
     TileTable tiles;
     ExpandedMesh expanded_mesh;
+    /// The plan view of the mesh and its tiles (the tiling layout overlay).
+    TilingView tiling_view;
     LoadedMesh loaded_mesh;
+    LoadedModel loaded_model;
 
     /// The readings and the surface of the current creation.
     ObservationBins bins;

@@ -9,10 +9,12 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "definition/definition_checks.h"
 #include "commands/commands.h"
 #include "commands/create_commands.h"
+#include "commands/refinement_commands.h"
 #include "form/form_load.h"
 #include "cluster_options.h"
 #include "session.h"
@@ -95,6 +97,9 @@ struct CreateOptions {
     bool yes = false;
     bool quiet = false;
     ClusterOptions cluster;
+    std::string mesh;
+    std::string model;
+    std::vector<std::string> skip_tiles;
 };
 
 std::filesystem::path working_directory_for(const std::string& definition, const std::string& option) {
@@ -102,13 +107,72 @@ std::filesystem::path working_directory_for(const std::string& definition, const
     return std::filesystem::absolute(definition).parent_path().lexically_normal();
 }
 
+/// "I,J" (x tile, y tile, from 1).
+bool parse_tile(const std::string& text, int& i, int& j) {
+    const std::size_t comma = text.find(',');
+    if (comma == std::string::npos) return false;
+    try {
+        std::size_t used = 0;
+        i = std::stoi(text.substr(0, comma), &used);
+        if (used != comma) return false;
+        j = std::stoi(text.substr(comma + 1), &used);
+        return used == text.size() - comma - 1;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// The existing mesh and model, read as the file menu reads them, before the definition.
+bool read_existing_inversion(Session& session, ScriptDialogue& dialogue, const CreateOptions& options) {
+    session.working_directory = working_directory_for(options.definition, options.working_directory);
+    dialogue.file_answers.push_back(std::filesystem::absolute(options.mesh).string());
+    const std::size_t messages_before = dialogue.messages.size();
+    if (read_inversion_mesh_command(session) != 0) {
+        if (dialogue.messages.size() == messages_before)
+            std::cerr << "invsetup: " << options.mesh << " is not a mesh this program reads\n";
+        return false;
+    }
+    if (options.model.empty()) return true;
+    dialogue.file_answers.push_back(std::filesystem::absolute(options.model).string());
+    return read_inversion_model_command(session) == 0;
+}
+
+/// Switches the tiles off as clicks in the tiling layout do: the tile under the pointer is chosen,
+/// then its "Skip Tile" box is ticked.
+bool skip_tiles(Session& session, const std::vector<std::string>& tiles) {
+    for (const std::string& text : tiles) {
+        int i = 0, j = 0;
+        if (!parse_tile(text, i, j)) {
+            std::cerr << "invsetup: --skip-tile " << text << ": give the x and y tile numbers as I,J\n";
+            return false;
+        }
+        const InversionDefinition& d = session.definition;
+        if (i < 1 || j < 1 || i > d.number_of_x_tiles || j > d.number_of_y_tiles) {
+            std::cerr << "invsetup: --skip-tile " << text << ": the layout has " << d.number_of_x_tiles << " x "
+                      << d.number_of_y_tiles << " tiles\n";
+            return false;
+        }
+        session.tiling_view.hover_tile_x = i;
+        session.tiling_view.hover_tile_y = j;
+        tiling_mouse_up(session);
+        session.form.set_checked("Check_do_tile", true);
+        tiling_check_do_tile(session);
+    }
+    return true;
+}
+
 int run_create(const CreateOptions& options) {
     ScriptDialogue dialogue(options.yes, options.quiet);
     Session session(dialogue);
     follow_progress_text(session, dialogue);
+    if (!options.mesh.empty() && !read_existing_inversion(session, dialogue, options)) return 1;
     if (!read_definition(session, dialogue, options.definition, 0,
                          working_directory_for(options.definition, options.working_directory)))
         return 1;
+    if (!options.skip_tiles.empty() && session.definition.refinement_mode != 1) {
+        std::cerr << "invsetup: --skip-tile needs a refinement run (--mesh)\n";
+        return 1;
+    }
 
     std::filesystem::path run = std::filesystem::absolute(options.run_directory).lexically_normal();
     if (!run.has_filename()) run = run.parent_path();
@@ -120,7 +184,13 @@ int run_create(const CreateOptions& options) {
     session.form.set_checked("Check_update_data_files", options.update_data);
 
     const int index = options.update ? 1 : options.variation ? 2 : 0;
-    if (create_command(session, index) < 0) return 1;
+    const int status = create_command(session, index);
+    if (status < 0) return 1;
+    if (status == 2) {
+        // The tiling layout is open: the tiles are chosen, then Command_continue_tile creates the run.
+        if (!skip_tiles(session, options.skip_tiles)) return 1;
+        if (continue_tile_command(session) < 0) return 1;
+    }
     if (!options.quiet) std::cerr << "Run package: " << run.string() << '\n';
     return write_cluster_files(options.cluster, options.definition,
                                working_directory_for(options.definition, options.working_directory), run,
@@ -181,6 +251,12 @@ void register_create_command(CLI::App& app, int& exit_code) {
     create->add_flag("--update-data", options->update_data, "With --variation: write new observation files too")
         ->needs(variation);
     update->excludes(variation);
+    create->add_option("--mesh", options->mesh,
+                       "An existing inversion mesh: read first (refinement mode on), the run is refined inside it");
+    create->add_option("--model", options->model, "The existing inversion model on --mesh, moved onto the refined mesh")
+        ->needs(create->get_option("--mesh"));
+    create->add_option("--skip-tile", options->skip_tiles, "Switch tile I,J off (x and y tile numbers from 1); repeatable")
+        ->needs(create->get_option("--mesh"));
     create->add_flag("--yes", options->yes, "Answer Yes to every question (without it every question is answered No)");
     create->add_flag("--quiet", options->quiet, "No progress lines or bar; messages still go to stderr");
     add_cluster_options(*create, options->cluster);

@@ -109,6 +109,15 @@ int run_create_command(Session& session, int index) {
 
     int create_mode = index;
     if (index == 2 && session.form.checked("Check_update_data_files")) create_mode = 3;
+    if (definition.refinement_mode == 1) {
+        // The tiles are chosen in the layout view; Command_continue_tile creates the run.
+        TilingView& view = session.tiling_view;
+        view.run_directory = run_directory;
+        view.create_mode = create_mode;
+        view.tile_choice = true;
+        if (display_tiling_layout(session, 1) < 0) return -1;
+        return 2;
+    }
     return create_inversion(session, run_directory, create_mode);
 }
 
@@ -116,6 +125,29 @@ int run_create_command(Session& session, int index) {
 
 std::filesystem::path output_directory(const Session& session) {
     return std::filesystem::path(session.form.text("Dir1")) / native_path(trim(session.form.text("Text_directory_name")));
+}
+
+int display_tiling_layout(Session& session, int status) {
+    if (status == 0 && check_inversion_definitions(session) < 0) return -1;
+    draw_tiling_layout(session);
+    return 0;
+}
+
+int continue_tile_command(Session& session) {
+    TilingView& view = session.tiling_view;
+    view.tiling_cancelled = false;
+    view.tile_choice = false;
+    session.form.set_visible("Frame_tiling_layout", false);
+    session.form.set_visible("Frame_do_tile", false);
+    return create_inversion(session, view.run_directory, view.create_mode);
+}
+
+void cancel_tile_command(Session& session) {
+    TilingView& view = session.tiling_view;
+    view.tiling_cancelled = true;
+    view.tile_choice = false;
+    session.form.set_visible("Frame_tiling_layout", false);
+    session.form.set_visible("Frame_do_tile", false);
 }
 
 int create_command(Session& session, int index) {

@@ -16,8 +16,18 @@ std::filesystem::path output_directory(const Session& session);
 /// names, checks the definition (which builds the mesh), makes the run directory, saves the
 /// definition as "inversion.inp" in the working directory and as "<directory name>.inp" beside the
 /// run directory, then runs create_inversion. Returns 0 when the package was written, -1 after the
-/// message that ended the command.
+/// message that ended the command. In refinement mode the tiling layout opens for the tile choice
+/// instead (the run directory and create mode kept in session.tiling_view) and 2 is returned:
+/// continue_tile_command then writes the package.
 int create_command(Session& session, int index);
+
+/// Draws the tiling layout view; `status` 0 checks the definition first (-1 when it fails).
+int display_tiling_layout(Session& session, int status);
+/// Command_continue_tile: closes the layout and runs create_inversion for the run the create command
+/// kept. Returns as create_inversion.
+int continue_tile_command(Session& session);
+/// Command_cancel_tile: closes the layout; nothing is created.
+void cancel_tile_command(Session& session);
 
 /// The batch file that runs the package in the form's run directory: "iter_all.bat" for a tiled
 /// run, the inversion program's own file for a variation run, else "run_inversion.bat".

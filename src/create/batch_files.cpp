@@ -42,6 +42,12 @@ std::string run_file_stem(int method) {
 
 }  // namespace
 
+std::string cluster_server_line() {
+    const std::string server = "Zarnsen3D_RPCServer.exe";
+    return std::string("tasklist | findstr ") + quote + " " + server + quote + " || START " + quote + quote + " " +
+           quote + server + quote;
+}
+
 std::string weight_line(const InversionDefinition& definition, const RunContext& context) {
     if (definition.inversion_method == method_ubc_mag_v5) return "pfweight mag_weights.inp" + context.thread_suffix;
     if (definition.inversion_method == method_ubc_grav_v5) return "pfweight gz_weights.inp" + context.thread_suffix;
@@ -132,12 +138,9 @@ std::vector<BatchFile> run_batch_files(const InversionDefinition& definition, co
     }
 
     if (in_house && whole_run) {
-        const std::string server = "Zarnsen3D_RPCServer.exe";
-        files.push_back(BatchFile{
-            "run_zarnsen3d_cluster.bat",
-            {std::string("tasklist | findstr ") + quote + " " + server + quote + " || START " + quote + quote + " " +
-                 quote + server + quote,
-             std::string("zarnsen3d_cluster_controller ") + quote + "%~dp0" + quote}});
+        files.push_back(BatchFile{"run_zarnsen3d_cluster.bat",
+                                  {cluster_server_line(),
+                                   std::string("zarnsen3d_cluster_controller ") + quote + "%~dp0" + quote}});
         files.push_back(BatchFile{"run_cluster_inversion.bat",
                                   {"call run_zarnsen3d_cluster.bat", "call run_zarninv3d.bat"}});
     }

@@ -22,6 +22,8 @@ struct BatchFile {
 std::string weight_line(const InversionDefinition& definition, const RunContext& context);
 std::string sensitivity_line(const InversionDefinition& definition, const RunContext& context);
 std::string inversion_line(const InversionDefinition& definition, const RunContext& context);
+/// The first line of "run_zarnsen3d_cluster.bat": starts the sensitivity server unless it runs.
+std::string cluster_server_line();
 /// The error report line; variation runs find the mesh, and some methods the data, in the parent.
 std::string error_line(const InversionDefinition& definition, int create_mode);
 

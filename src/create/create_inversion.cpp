@@ -7,9 +7,11 @@
 
 #include "create/batch_files.h"
 #include "create/inversion_input.h"
+#include "create/merge_scripts.h"
 #include "create/run_context.h"
 #include "create/run_names.h"
 #include "create/sensitivity_input.h"
+#include "create/tile_files.h"
 #include "create/weighting_file.h"
 #include "data/location_file.h"
 #include "data/observation_file.h"
@@ -18,6 +20,7 @@
 #include "data/topography.h"
 #include "modelfiles/mesh_file_write.h"
 #include "modelfiles/model_file_write.h"
+#include "modelfiles/model_interpolation.h"
 #include "session.h"
 #include "support/files.h"
 #include "support/numbers.h"
@@ -48,6 +51,16 @@ void check_status(int status) {
     if (status < 0) throw StageFailure();
 }
 
+/// Copies a file over any older one of the target's name.
+void copy_replacing(const std::filesystem::path& from, const std::filesystem::path& to) {
+    std::error_code fault;
+    // A source that already lies in the run directory stays as it is.
+    if (std::filesystem::exists(to) && std::filesystem::equivalent(from, to, fault)) return;
+    std::filesystem::remove(to, fault);
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, fault);
+    if (fault) throw std::runtime_error("cannot copy " + from.string() + " to " + to.string() + ": " + fault.message());
+}
+
 class Driver {
 public:
     Driver(Session& session, const std::filesystem::path& run_directory, int create_mode)
@@ -69,13 +82,14 @@ public:
         const TopoRange range = topography_range();
         if (context_.create_mode != 3) {
             write_mesh(range);
-            write_model();
+            write_model(range);
         }
         session_.bins.size_bins(mesh().nx, mesh().ny);
         read_observed_data();
         write_observations();
         if (context_.create_mode == 3) return;
         write_reference_data();
+        if (refined()) check_status(write_merge_scripts(session_, context_.run_directory));
         write_topography();
     }
 
@@ -85,16 +99,22 @@ private:
     };
 
     InversionMesh& mesh() { return session_.mesh; }
+    bool refined() const { return definition_.refinement_mode == 1; }
+    bool expanded() const { return definition_.use_expanded_mesh != 0; }
+    /// The tiles in the order of the run's stages: x outside, y inside.
+    template <class Work>
+    void for_each_tile(Work work) {
+        for (int i = 1; i <= definition_.number_of_x_tiles; ++i)
+            for (int j = 1; j <= definition_.number_of_y_tiles; ++j) work(i, j);
+    }
+    /// The node after the last z cell of a tile.
+    int tile_z_end() const { return tile_z_cells(definition_, session_.mesh.nz) + 1; }
     std::filesystem::path in_run(const std::string& name) const { return context_.run_directory / name; }
     void label(std::string_view text) { session_.form.set_caption("Label_progress", std::string(text)); }
     void append(std::string_view text) { append_progress(session_, text); }
     void yield() { session_.dialogue.do_events(); }
 
     void prepare() {
-        if (definition_.refinement_mode == 1) {
-            session_.dialogue.message_box("Refined inversions (tiles) are not written by this version of the program");
-            throw StageFailure();
-        }
         if (definition_.topo_type == 0 && definition_.inversion_method == method_zarninv3d) {
             mesh_format_ = 5;
             write_extended_ = true;
@@ -116,7 +136,14 @@ private:
         label("Write inversion input file");
         yield();
         write_inversion_input(session_, context_, 0);
+        if (refined()) write_inversion_input(session_, context_, 1);
 
+        if (refined()) {
+            label("Write inversion run files");
+            yield();
+            for_each_tile([&](int i, int j) { write_tile_run_files(session_, context_, i, j); });
+            return;
+        }
         append("Creating inversion batch file");
         label("Write inversion run file");
         yield();
@@ -163,6 +190,12 @@ private:
     TopoRange topography_range() {
         TopoRange range;
         if (definition_.inversion_method != method_zarninv3d) return range;
+        if (refined()) {
+            // A refinement keeps the drape of the mesh it refines.
+            range.high = session_.loaded_mesh.drape_top;
+            range.low = session_.loaded_mesh.drape_bottom;
+            return range;
+        }
         const Topography& topography = session_.topography;
         range.high = range.low = topography.topo_nodes(1, 1);
         for (int j = 1; j <= mesh().ny + 1; ++j)
@@ -193,22 +226,129 @@ private:
         request.drape_top = range.high;
         request.drape_bottom = range.low;
         write_mesh_file(in_run("mesh"), mesh(), request);
+        if (!refined()) return;
+
+        if (expanded()) {
+            const float weights[5] = {1, 2, 4, 8, 16};
+            for (int k = 1; k <= 5; ++k) session_.expanded_mesh.expansion_weights[k] = weights[k - 1];
+        }
+        const TileTable& tiles = session_.tiles;
+        for_each_tile([&](int i, int j) {
+            if (expanded()) set_expanded_mesh_limits(session_, i, j);
+            MeshFileRequest tile = request;
+            tile.first_x = tiles.tile_x_limits(i, tile_outer_start);
+            tile.last_x = tiles.tile_x_limits(i, tile_outer_end);
+            tile.first_y = tiles.tile_y_limits(j, tile_outer_start);
+            tile.last_y = tiles.tile_y_limits(j, tile_outer_end);
+            tile.first_z = 1;
+            tile.last_z = tile_z_end();
+            write_mesh_file(context_.run_directory / tile_name(i, j) / "mesh", mesh(), tile);
+        });
+        if (!use_weighting_model(definition_)) return;
+        for_each_tile([&](int i, int j) {
+            check_status(write_weighting_model(
+                session_, 2, definition_.weight_multipliers, context_.run_directory / tile_name(i, j) / "w.dat",
+                tiles.tile_x_limits(i, tile_outer_end) - tiles.tile_x_limits(i, tile_outer_start),
+                tiles.tile_y_limits(j, tile_outer_end) - tiles.tile_y_limits(j, tile_outer_start), tile_z_end() - 1));
+        });
     }
 
-    void write_model() {
+    void write_model(const TopoRange& range) {
+        if (refined()) {
+            append("Interpolating current inversion model");
+            label("Interpolate current model file");
+            yield();
+        }
+        // A plain run starts from an empty model; a refinement from the loaded model moved onto the mesh.
+        ModelValues model;
+        if (refined() && session_.loaded_model.loaded) {
+            InterpolationTarget target;
+            target.mesh = &mesh();
+            if (mesh_format_ == 5) target.surface_nodes = &session_.topography.topo_nodes;
+            target.mesh_format = mesh_format_;
+            target.drape_range = range.high - range.low;
+            target.drape_bottom = range.low;
+            target.surface_cells = &session_.topography.topo_grid;
+            session_.form.set_visible("ProgressBar_load_ubc_model", true);
+            interpolate_model_to_mesh(session_.dialogue, 1, 1, session_.loaded_mesh, session_.loaded_model, target,
+                                      model);
+        } else {
+            model.size(mesh().nx, mesh().ny, mesh().nz, 0.0f);
+        }
+
         append("Writing inversion model file");
         label("Write model file");
         yield();
-        const std::filesystem::path file = in_run(model_file_name(definition_, false));
+        const std::string model_name = model_file_name(definition_, refined());
+        const std::filesystem::path file = in_run(model_name);
         std::error_code ignored;
         std::filesystem::remove(file, ignored);
-        // A plain run starts from an empty model; the scale is a model's and defaults to 0.
-        ModelValues model;
-        model.size(mesh().nx, mesh().ny, mesh().nz, 0.0f);
+        // The scale is a model's and defaults to 0.
         ModelWriteRequest request = whole_model_request(model);
         if (!(request.scale > 0)) request.scale = 1;
         session_.form.set_visible("ProgressBar_load_ubc_model", true);
         write_model_file(session_.dialogue, file, model, request);
+        if (refined()) write_tile_models(model, request, model_name);
+    }
+
+    /// The model copies of a refinement: the name the merge works on, the source models the tiles
+    /// extract from, and each tile's part of the new model.
+    void write_tile_models(const ModelValues& model, const ModelWriteRequest& whole, const std::string& model_name) {
+        const int method = definition_.inversion_method;
+        const bool magnetic = uses_magnetic_names(definition_);
+        std::string merged;
+        if (method == method_zarninv3d)
+            merged = magnetic ? "zarninv3d.sus" : "zarninv3d.den";
+        else
+            merged = is_magnetic_method(method) ? "maginv3d.sus" : "gzinv3d.den";
+        copy_replacing(in_run(model_name), in_run(merged));
+
+        if (!context_.run_directory.empty()) {
+            const auto copy_source = [&](const std::string& text) {
+                const std::string name = trim(text);
+                const std::filesystem::path from = resolve_path(session_.working_directory, name);
+                copy_replacing(from, in_run(file_name_only(name)));
+            };
+            const std::string initial = trim(definition_.initial_model_file);
+            if (!initial.empty() && !iequals(initial, "NULL") && !is_numeric(initial)) copy_source(initial);
+            if (definition_.reference_model_given && !is_numeric(definition_.reference_model_file))
+                copy_source(definition_.reference_model_file);
+            const bool bounds_given = definition_.model_bounds_given;
+            if (method == method_ubc_grav_v3 || method == method_ubc_mag_v4) {
+                if (bounds_given && !is_numeric(definition_.model_bounds_files[0]))
+                    copy_source(definition_.model_bounds_files[0]);
+            }
+            if (method == method_ubc_grav_v5 || method == method_ubc_mag_v5) {
+                for (const std::string& bounds : definition_.model_bounds_files)
+                    if (bounds_given && !is_numeric(bounds)) copy_source(bounds);
+            }
+            if ((method == method_ubc_grav_v3 || method == method_ubc_mag_v4 || method == method_ubc_grav_v5 ||
+                 method == method_ubc_mag_v5) &&
+                definition_.rock_properties_used)
+                copy_source(definition_.rock_property_file);
+        }
+
+        std::string tile_model;
+        if (is_magnetic_method(method))
+            tile_model = "maginv3d.sus";
+        else if (method == method_zarninv3d)
+            tile_model = magnetic ? "mag_tile.sus" : "grav_tile.den";
+        else
+            tile_model = "gzinv3d.den";
+        const TileTable& tiles = session_.tiles;
+        for_each_tile([&](int i, int j) {
+            if (expanded()) set_expanded_mesh_limits(session_, i, j);
+            append("Writing model file for " + tile_name(i, j));
+            ModelWriteRequest request = whole;
+            request.first_x = tiles.tile_x_limits(i, tile_outer_start);
+            request.end_x = tiles.tile_x_limits(i, tile_outer_end);
+            request.first_y = tiles.tile_y_limits(j, tile_outer_start);
+            request.end_y = tiles.tile_y_limits(j, tile_outer_end);
+            request.first_z = 1;
+            request.end_z = tile_z_end();
+            request.expanded = expanded() ? 1 : 0;
+            write_model_file(session_.dialogue, context_.run_directory / tile_name(i, j) / tile_model, model, request);
+        });
     }
 
     void read_observed_data() {
@@ -256,6 +396,15 @@ private:
         label("Write topo data file");
         yield();
         check_status(write_topo_file(session_, in_run("topo.dat"), 1, mesh().nx + 1, 1, mesh().ny + 1));
+        if (!refined()) return;
+        const TileTable& tiles = session_.tiles;
+        for_each_tile([&](int i, int j) {
+            if (expanded()) set_expanded_mesh_limits(session_, i, j);
+            append("Processing tile " + format_picture(i, "00") + format_picture(j, "00"));
+            check_status(write_topo_file(session_, context_.run_directory / tile_name(i, j) / "topo.dat",
+                                         tiles.tile_x_limits(i, tile_outer_start), tiles.tile_x_limits(i, tile_outer_end),
+                                         tiles.tile_y_limits(j, tile_outer_start), tiles.tile_y_limits(j, tile_outer_end)));
+        });
     }
 
     Session& session_;

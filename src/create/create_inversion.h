@@ -25,7 +25,9 @@ std::string model_file_name(const InversionDefinition& definition, bool refined_
 /// Text_progress gets a line per stage, Label_progress the stage's short text, the dialogue the
 /// percentages of long loops. Returns 0 after "Output complete" (the creation's arrays - mesh, model,
 /// bins, readings, surface - are then given back), or -1 after create_failure_text and the fault;
-/// the files already written stay. Tiled (refinement) runs are not written by this version: -1.
+/// the files already written stay. In refinement mode the run is tiled: the tile directories and
+/// batch files, the refined model moved from session.loaded_model (when one is loaded), each tile's
+/// mesh, model, weighting, data and topography files, and the merge scripts.
 int create_inversion(Session& session, const std::filesystem::path& run_directory, int create_mode);
 
 /// Appends a stage line (and CR LF) to Text_progress.

@@ -108,13 +108,21 @@ void make_directory_path(const std::string& path) {
 }
 
 std::string relative_path(std::string_view from_directory, std::string_view to_path) {
-    if (!iequals(from_directory.substr(0, 3), to_path.substr(0, 3))) return std::string(to_path);
     // Both texts in the back-slash form the generated files use, so a POSIX path works alike.
     std::string from = windows_path(from_directory);
     const std::string to = windows_path(to_path);
     if (from.empty() || from.back() != '\\') from.push_back('\\');
     const std::vector<std::string_view> from_parts = split_back_slashes(from);
     const std::vector<std::string_view> to_parts = split_back_slashes(to);
+    // Paths on different drives (or, from the root, under different first folders) have no relative
+    // form: the target stays as it is.
+    const auto first_part = [](const std::vector<std::string_view>& parts) {
+        if (parts.empty()) return std::string_view();
+        return parts[0].empty() && parts.size() > 1 ? parts[1] : parts[0];
+    };
+    if (from_parts.empty() || to_parts.empty() || from_parts[0].empty() != to_parts[0].empty() ||
+        !iequals(first_part(from_parts), first_part(to_parts)))
+        return std::string(to_path);
     std::size_t common = 0;
     while (common < from_parts.size() && common < to_parts.size() && iequals(from_parts[common], to_parts[common]))
         ++common;

@@ -21,7 +21,7 @@ bool directory_exists(const std::string& path);
 /// naming the path on failure.
 void make_directory_path(const std::string& path);
 /// A path from `from_directory` to `to_path` with "..\" steps and back-slashes; `to_path` as it
-/// stands when the first three characters differ (any case). Parts compare in any case; "/" counts
+/// stands when the first parts differ (the drive, or the first folder under the root; any case). Parts compare in any case; "/" counts
 /// as "\", so "C:\run\" to "C:\run\mesh\a.msh" is "mesh\a.msh", and to "C:\data\x.obs" "..\data\x.obs".
 std::string relative_path(std::string_view from_directory, std::string_view to_path);
 /// A path in the form the generated files use: "/" turned to "\".

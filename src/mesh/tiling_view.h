@@ -1,0 +1,75 @@
+// src/mesh/tiling_view.h - the plan view of the mesh and its tiles, without any toolkit: the view's
+// state, the list of lines a window (or the plan picture) paints, the pointer, the tile choice and
+// the spin controls that move the mesh limits.
+#pragma once
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace invsetup {
+struct Session;
+
+/// How a line is drawn.
+enum class LineStyle { solid, dotted, dashed };
+
+/// Colours as the form's colour values: 0x00BBGGRR (255 red, 16711680 blue, 0 the default black).
+inline constexpr std::uint32_t view_colour_default = 0;
+inline constexpr std::uint32_t view_colour_red = 255;
+inline constexpr std::uint32_t view_colour_blue = 16711680;
+
+/// One line of the view in drawing units (pixels of the picture, y down).
+struct ViewLine {
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    std::uint32_t colour = view_colour_default;
+    int width = 1;
+    LineStyle style = LineStyle::solid;
+    bool operator==(const ViewLine&) const = default;
+};
+
+/// The view's state; every drawing sets it anew.
+struct TilingView {
+    double view_x_min = 0, view_x_max = 0, view_y_min = 0, view_y_max = 0;
+    double view_scale = 0;  // drawing units per metre
+    double view_left = 0, view_top = 0;
+    int hover_tile_x = 0, hover_tile_y = 0;
+    int chosen_tile_x = 0, chosen_tile_y = 0;
+    bool updating_clip = false;
+    bool tiling_cancelled = false;
+    /// The overlay was opened by the create command for the tile choice (Frame_do_tile shown).
+    bool tile_choice = false;
+    /// The picture's inner size in drawing units.
+    double width = 800, height = 600;
+    /// What the window paints, in order, over the image of the region (white without one).
+    std::vector<ViewLine> lines;
+    /// StatusBar_coords: "Local X", "Local Y", "Map X", "Map Y", the cell and tile, the cell counts.
+    std::array<std::string, 6> panels{"Local X", "Local Y", "Map X", "Map Y", "", ""};
+    /// The creation the create command left for Command_continue_tile.
+    std::filesystem::path run_directory;
+    int create_mode = 0;
+};
+
+/// Draws the view of session.mesh (and, in refinement mode, its tiles) into session.tiling_view:
+/// region, scale and the line list. The definition must have been checked (the mesh built).
+void draw_tiling_layout(Session& session);
+
+/// The mesh coordinates of a point of the picture.
+void view_to_mesh(const TilingView& view, double px, double py, double& x, double& y);
+/// The picture point of mesh coordinates.
+void mesh_to_view(const TilingView& view, double x, double y, double& px, double& py);
+
+/// The pointer moved to (px, py) of the picture: coordinates, cell and hover tile in the panels.
+void tiling_pointer_move(Session& session, double px, double py);
+/// The mouse button came up: with the tile choice open and a tile under the pointer, that tile is
+/// chosen and Check_do_tile shows its mark ("Skip Tile X01 Y02").
+void tiling_mouse_up(Session& session);
+/// Check_do_tile was clicked: the chosen tile takes the box's value as its mark, and the view is
+/// drawn again.
+void tiling_check_do_tile(Session& session);
+/// UpDown_clip(index) down (`up` false) or up: moves a mesh limit by a step of cells (the loaded
+/// mesh's cell in refinement mode), or in refinement mode changes the tile overlap (10 and 11).
+/// Returns true when the overlay's view is to be drawn again (indices 0 to 3, 10 and 11).
+bool tiling_spin(Session& session, int index, bool up);
+
+}  // namespace invsetup
