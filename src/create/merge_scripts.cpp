@@ -56,7 +56,10 @@ int write_merge_scripts(Session& session, const std::filesystem::path& run_direc
         write_batch_file(insert_path, insert_lines);
     };
 
-    const bool by_row = d.tile_order[0] == 1;
+    // The walk follows the order lists of the form: the layout has set the definition's copy to 0.
+    int order[3];
+    for (int k = 0; k < 3; ++k) order[k] = session.form.list_index("Combo_tile_order", k) == 1 ? 1 : 0;
+    const bool by_row = order[0] == 1;
     const int outer_count = by_row ? d.number_of_y_tiles : d.number_of_x_tiles;
     const int inner_count = by_row ? d.number_of_x_tiles : d.number_of_y_tiles;
     const bool gravity_family = is_gravity_method(d.inversion_method);
@@ -71,8 +74,8 @@ int write_merge_scripts(Session& session, const std::filesystem::path& run_direc
         for (int inner = 1; inner <= inner_count; ++inner) {
             const int x_counter = by_row ? inner : outer;
             const int y_counter = by_row ? outer : inner;
-            const int j = d.tile_order[1] == 1 ? d.number_of_y_tiles + 1 - y_counter : y_counter;
-            const int i = d.tile_order[2] == 1 ? d.number_of_x_tiles + 1 - x_counter : x_counter;
+            const int j = order[1] == 1 ? d.number_of_y_tiles + 1 - y_counter : y_counter;
+            const int i = order[2] == 1 ? d.number_of_x_tiles + 1 - x_counter : x_counter;
             const int mark = by_row ? skip_mark(tiles, d, j, i) : skip_mark(tiles, d, i, j);
             const bool takes_part = mark != 1;
             if (d.use_expanded_mesh != 0) set_expanded_mesh_limits(session, i, j);

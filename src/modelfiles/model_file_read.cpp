@@ -266,7 +266,9 @@ void read_text(Dialogue& dialogue, std::string_view text, const LoadedMesh& mesh
 /// The surface of a mesh without one, from the model: the top of the first present cell of each
 /// column; a node takes the highest of the cells around it.
 void surface_from_model(LoadedMesh& mesh, const ModelValues& values) {
-    if (mesh.nx < 1 || mesh.ny < 1 || values.nx != mesh.nx || values.ny != mesh.ny) return;
+    if (mesh.nx < 1 || mesh.ny < 1 || values.nx != mesh.nx || values.ny != mesh.ny ||
+        mesh.z_nodes.size() < values.nz + 1)
+        return;
     Array2<float> tops(mesh.nx, mesh.ny, -1e32f);
     bool any = false;
     for (int j = 1; j <= mesh.ny; ++j)
@@ -317,6 +319,11 @@ int read_model_file(Dialogue& dialogue, const std::string& file_name, const Load
     }
 }
 
+namespace {
+/// Nulls, scale and extremes of the values just read; the surface of a mesh without one.
+void condition_values(Session& session, LoadedModel& model);
+}  // namespace
+
 int load_model(Session& session, const std::string& file_name) {
     LoadedModel& model = session.loaded_model;
     clear_model(model);
@@ -326,6 +333,21 @@ int load_model(Session& session, const std::string& file_name) {
         session.form.set_visible("ProgressBar_load_ubc_model", false);
         return status;
     }
+    try {
+        condition_values(session, model);
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box("An error occurred while reading the model file : \n" + std::string(fault.what()));
+        session.form.set_visible("ProgressBar_load_ubc_model", false);
+        return -1;
+    }
+    model.loaded = true;
+    session.form.set_visible("ProgressBar_load_ubc_model", false);
+    return 0;
+}
+
+namespace {
+
+void condition_values(Session& session, LoadedModel& model) {
     ModelValues& values = model.values;
     model.mask.assign(values.values.size(), 0);
     model.model_min = 1e32f;
@@ -344,12 +366,11 @@ int load_model(Session& session, const std::string& file_name) {
         }
     }
     if (model.model_min < model.model_max) model.display_mode = model.model_min > 0 ? 2 : 1;
-    model.loaded = true;
     LoadedMesh& mesh = session.loaded_mesh;
     // A mesh that holds its own surface keeps it; the model's surface stands in only for a missing one.
     if (!mesh.has_topo) surface_from_model(mesh, values);
-    session.form.set_visible("ProgressBar_load_ubc_model", false);
-    return 0;
 }
+
+}  // namespace
 
 }  // namespace invsetup

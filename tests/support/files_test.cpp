@@ -32,6 +32,9 @@ TEST(RelativePath, StepsOutWithDotDotAndBackSlashes) {
 TEST(RelativePath, DifferentStartKeepsTheTarget) {
     EXPECT_EQ(relative_path("C:\\runs", "D:\\data\\mag.obs"), "D:\\data\\mag.obs");
     EXPECT_EQ(relative_path("C:\\runs", "mag.obs"), "mag.obs");
+    // From the root, the first folders are compared whole.
+    EXPECT_EQ(relative_path("/data1/run/tile0101/", "/data2/coarse.msh"), "/data2/coarse.msh");
+    EXPECT_EQ(relative_path("/Data/run/tile0101/", "/data/coarse.msh"), "..\\..\\coarse.msh");
 }
 
 TEST(Directories, MakeWithParentsFromEitherSeparator) {

@@ -1,0 +1,142 @@
+// tests/cli/refine_test.cpp - `invsetup create --mesh --model --skip-tile`: a 2 x 2 tiled refinement of
+// a 6 x 6 x 6 mesh of 100 m cells (50 m deep) with 50 m cells (25 m deep) over its middle, one tile
+// switched off; every file of every tile folder against the files worked out for it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "test_support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using invsetup::testing::CliRun;
+using invsetup::testing::quoted;
+using invsetup::testing::read_file_bytes;
+using invsetup::testing::run_cli;
+using invsetup::testing::TempDir;
+using invsetup::testing::test_data;
+
+/// Every file below `folder`, as paths relative to it.
+std::set<std::string> files_below(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file()) names.insert(fs::relative(entry.path(), folder).generic_string());
+    return names;
+}
+
+std::string zero_lines(int count) {
+    std::string text;
+    for (int n = 0; n < count; ++n) text += " 0.00000E+00\r\n";
+    return text;
+}
+
+struct TiledRun {
+    const char* fixture;
+    /// The run-level files besides the expected ones: the refined model, its copy for the merge, the
+    /// observation file of the whole run, and the copied initial model.
+    std::set<std::string> run_models;
+    const char* tile_model;
+    const char* warning;  // a message every tile gives, or ""
+};
+
+void PrintTo(const TiledRun& run, std::ostream* out) { *out << run.fixture; }
+
+class RefinementRun : public ::testing::TestWithParam<TiledRun> {};
+
+TEST_P(RefinementRun, WritesEveryTileFolderAsWorkedOut) {
+    const TiledRun& param = GetParam();
+    TempDir dir;
+    const fs::path fixture = test_data("refine") / param.fixture;
+    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv", "refine.inp"})
+        fs::copy_file(fixture / name, dir.path() / name);
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --model " +
+                               quoted(dir.path() / "coarse.sus") + " --skip-tile 2,1 --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_EQ(run.err.find("The mesh file has been loaded and refinement mode is enabled\n"), 0u) << run.err;
+    std::size_t warnings = 0;
+    for (std::size_t at = 0; *param.warning && (at = run.err.find(param.warning, at)) != std::string::npos; ++at)
+        ++warnings;
+    EXPECT_EQ(warnings, *param.warning ? 4u : 0u) << run.err;
+
+    const fs::path expected = fixture / "expected";
+    std::set<std::string> names = files_below(expected);
+    names.insert(param.run_models.begin(), param.run_models.end());
+    EXPECT_EQ(files_below(dir.path() / "run"), names);
+    for (const std::string& name : files_below(expected))
+        EXPECT_EQ(read_file_bytes(dir.path() / "run" / name), read_file_bytes(expected / name)) << name;
+
+    // The coarse model is a text model: nothing says its order, so it gives no values, every cell is
+    // null and the refined model starts from 0 everywhere. Tiles take their outer cells and the top
+    // 4 cells with the z blend of 1.
+    const std::string whole = zero_lines(10 * 10 * 8);
+    for (const std::string& name : param.run_models) {
+        if (name.find(".sus") != std::string::npos && name != "coarse.sus") {
+            EXPECT_EQ(read_file_bytes(dir.path() / "run" / name), whole) << name;
+        }
+    }
+    const int cells[2][2] = {{5 * 5, 5 * 4}, {4 * 5, 4 * 4}};
+    for (int i = 1; i <= 2; ++i)
+        for (int j = 1; j <= 2; ++j)
+            EXPECT_EQ(read_file_bytes(dir.path() / "run" / ("tile0" + std::to_string(i) + "0" + std::to_string(j)) /
+                                      param.tile_model),
+                      zero_lines(cells[i - 1][j - 1] * 5));
+    if (param.run_models.count("coarse.sus")) {
+        EXPECT_EQ(read_file_bytes(dir.path() / "run" / "coarse.sus"), read_file_bytes(fixture / "coarse.sus"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Methods, RefinementRun,
+    ::testing::Values(
+        // UBC magnetic V4 with the initial model and the coarse forward model.
+        TiledRun{"ubc", {"refined.sus", "maginv3d.sus", "mag.obs", "coarse.sus"}, "maginv3d.sus", ""},
+        // The in-house method: its coarse forward model asks for the matrix of the coarse run, a cancel
+        // warns once per tile and leaves the default folder.
+        TiledRun{"house",
+                 {"refined.sus", "zarninv3d.sus", "mag.obs"},
+                 "mag_tile.sus",
+                 "Warning: The tiling may not work correctly if the MTX file does not exist when the inversion is run"}),
+    [](const ::testing::TestParamInfo<TiledRun>& info) { return std::string(info.param.fixture); });
+
+TEST(RefinementRunOptions, RefusesATileOutsideTheLayoutAndSkipsWithoutAMesh) {
+    TempDir dir;
+    const fs::path fixture = test_data("refine") / "ubc";
+    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv", "refine.inp"})
+        fs::copy_file(fixture / name, dir.path() / name);
+    const std::string base = "create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run");
+    const CliRun outside = run_cli(base + " --mesh " + quoted(dir.path() / "coarse.msh") + " --skip-tile 3,1");
+    EXPECT_EQ(outside.exit_code, 1);
+    EXPECT_NE(outside.err.find("--skip-tile 3,1: the layout has 2 x 2 tiles"), std::string::npos) << outside.err;
+    EXPECT_FALSE(fs::exists(dir.path() / "run" / "iter_all.bat"));
+    EXPECT_EQ(run_cli(base + " --skip-tile 1,1").exit_code, 2);  // the option needs --mesh
+    const CliRun no_model = run_cli(base + " --mesh " + quoted(dir.path() / "missing.msh"));
+    EXPECT_EQ(no_model.exit_code, 1);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
+    TempDir dir;
+    const fs::path fixture = test_data("refine") / "ubc";
+    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv"}) fs::copy_file(fixture / name, dir.path() / name);
+    std::string definition = read_file_bytes(fixture / "refine.inp");
+    const std::size_t order = definition.find("Tile order: 0 0 0");
+    ASSERT_NE(order, std::string::npos);
+    definition.replace(order, 17, "Tile order: 1 1 1");
+    invsetup::testing::write_file_bytes(dir.path() / "refine.inp", definition);
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --skip-tile 2,1 --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    // Rows from the top, right to left; the mark of tile (2, 1) is read for tile (1, 2).
+    EXPECT_EQ(read_file_bytes(dir.path() / "run" / "iter_all.bat"),
+              "rem Num data 6\r\ncall tile0202.bat\r\nrem Num data 6\r\nrem call tile0102.bat\r\n\r\n"
+              "rem Num data 6\r\ncall tile0201.bat\r\nrem Num data 6\r\ncall tile0101.bat\r\n\r\n");
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// tests/modelfiles/model_interpolation_test.cpp - a model on a 2 x 2 x 2 mesh of 10 m cells sampled at
+// points worked out by hand: inside, on a cell boundary, in the edge cells beyond the centres, above
+// the top centre, outside, under a null cell, and a target column cut at its surface.
+#include "modelfiles/model_interpolation.h"
+
+#include <gtest/gtest.h>
+
+#include "mesh/inversion_mesh.h"
+#include "modelfiles/mesh_file_read.h"
+#include "modelfiles/model_file_read.h"
+#include "session.h"
+
+namespace invsetup {
+namespace {
+
+struct Interpolation : ::testing::Test {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    LoadedMesh& source = session.loaded_mesh;
+    LoadedModel& model = session.loaded_model;
+
+    // Nodes x, y 0, 10, 20 (centres 5, 15); z 20, 10, 0 from the top (centres 15, 5). Cell (i, j, k)
+    // holds i + 10 j + 100 k, k from the top: a linear field, which every rule gives back exactly.
+    void SetUp() override {
+        source.nx = source.ny = source.nz = 2;
+        source.x0 = source.y0 = 0;
+        source.z0 = 20;
+        source.dx = source.dy = source.dz = Array1<double>(2, 10.0);
+        ASSERT_EQ(derive_mesh_geometry(session, source), 0);
+        model.values.size(2, 2, 2);
+        for (int k = 1; k <= 2; ++k)
+            for (int j = 1; j <= 2; ++j)
+                for (int i = 1; i <= 2; ++i) model.values.at(i, j, k) = static_cast<float>(i + 10 * j + 100 * k);
+    }
+    float at(double x, double y, double z) const { return sample_model(1, source, model, x, y, z); }
+};
+
+TEST_F(Interpolation, SamplesAtHandComputedPoints) {
+    struct Case {
+        double x, y, z;
+        float expected;
+    };
+    const Case cases[] = {
+        {7, 12, 14, 128.2f},   // x 1 + .2, y 10 + 7 (10 + .7 * 10), z 200 - .9 * 100
+        {10, 10, 10, 166.5f},  // on the cell boundaries: half way between the centres on every axis
+        {5, 15, 5, 221},       // a centre: the cell's own value
+        {2, 5, 5, 210.7f},     // before the first x centre: the line through the two centres, carried on
+        {5, 5, 18, 111},       // above the top centre: the top layer alone
+        {5, 5, 1, 211},        // below the bottom centre: the bottom layer alone
+    };
+    for (const Case& c : cases) EXPECT_NEAR(at(c.x, c.y, c.z), c.expected, 1e-3) << c.x << " " << c.y << " " << c.z;
+    // Outside the columns, and on the last node, nothing.
+    for (double x : {-1.0, 20.0, 25.0}) EXPECT_FLOAT_EQ(at(x, 5, 5), -1e32f) << x;
+    EXPECT_FLOAT_EQ(at(5, 20, 5), -1e32f);
+}
+
+TEST_F(Interpolation, NullCornersTakeTheSlopeRule) {
+    // One null corner (not the point's own cell): the mean slopes of the edges left give the linear
+    // field back.
+    model.values.at(1, 1, 1) = -1e32f;
+    EXPECT_NEAR(at(10, 10, 10), 166.5f, 1e-3);
+    // Only the first corner present: its value.
+    for (int k = 1; k <= 2; ++k)
+        for (int j = 1; j <= 2; ++j)
+            for (int i = 1; i <= 2; ++i)
+                if (!(i == 1 && j == 1 && k == 2)) model.values.at(i, j, k) = -1e32f;
+    EXPECT_FLOAT_EQ(at(10, 10, 4), 211);
+    // The first corner null: the slope rule starts from its null value.
+    model.values.at(1, 1, 2) = -1e32f;
+    model.values.at(2, 1, 2) = 212;
+    model.values.at(1, 2, 2) = 221;
+    EXPECT_LT(at(10, 10, 4), -1e30f);
+}
+
+TEST_F(Interpolation, FillsColumnsFromTheirFirstCellAndCutsAtTheSurface) {
+    // Column (1, 1) null at the top, column (2, 2) null throughout.
+    model.values.at(1, 1, 1) = -1e32f;
+    model.values.at(2, 2, 1) = model.values.at(2, 2, 2) = -1e32f;
+    // The target: the same columns, four layers of 5 m.
+    InversionMesh target;
+    target.nx = target.ny = 2;
+    target.nz = 4;
+    target.size_arrays();
+    for (int i = 1; i <= 2; ++i) target.dx[i] = target.dy[i] = 10;
+    for (int k = 1; k <= 4; ++k) target.dz[k] = 5;
+    target.x_nodes[1] = target.y_nodes[1] = 0;
+    target.z_nodes[1] = 20;
+    lay_nodes(target);
+    // The surface lies at 12 over column (1, 2): the layers whose top is above it go.
+    Array2<float> surface(2, 2, 20.0f);
+    surface(1, 2) = 12;
+    InterpolationTarget where;
+    where.mesh = &target;
+    where.surface_cells = &surface;
+    ModelValues values;
+    interpolate_model_to_mesh(dialogue, 1, 1, source, model, where, values);
+
+    // Column (1, 1) at its centre, z 17.5: the first present cell (211) stands in for the null one
+    // above it. Column (2, 2) reads 0 meanwhile; (1, 2) keeps its cells below 15.
+    EXPECT_FLOAT_EQ(values.at(1, 1, 1), 211);
+    EXPECT_FLOAT_EQ(values.at(1, 1, 4), 211);
+    EXPECT_FLOAT_EQ(values.at(2, 2, 1), 0);
+    EXPECT_FLOAT_EQ(values.at(2, 1, 1), 112);
+    EXPECT_FLOAT_EQ(values.at(2, 1, 3), 187);  // z 7.5: a quarter of the way from 212 to 112
+    EXPECT_FLOAT_EQ(values.at(1, 2, 1), -1e32f);
+    EXPECT_FLOAT_EQ(values.at(1, 2, 2), -1e32f);
+    EXPECT_FLOAT_EQ(values.at(1, 2, 3), 196);  // top node 10 is not above 12
+    // The source is put back as it was.
+    EXPECT_FLOAT_EQ(model.values.at(1, 1, 1), -1e32f);
+    EXPECT_FLOAT_EQ(model.values.at(1, 1, 2), 211);
+    EXPECT_FLOAT_EQ(model.values.at(2, 2, 2), -1e32f);
+}
+
+TEST(ModelTransforms, SinhUndoesAsinh) {
+    for (float v : {-50.0f, -1.0f, 0.0f, 0.25f, 3.0f}) EXPECT_NEAR(sinh_value(asinh_value(v)), v, 1e-4f * (1 + std::abs(v)));
+    EXPECT_FLOAT_EQ(asinh_value(-2), -asinh_value(2));
+}
+
+}  // namespace
+}  // namespace invsetup
