@@ -5,6 +5,7 @@
 
 #include "commands/commands.h"
 #include "commands/create_commands.h"
+#include "commands/refinement_commands.h"
 #include "data/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/form_load.h"
@@ -80,60 +81,6 @@ void change_working_directory(Session& session, CommandHost& host) {
         host.choose_directory("Select the working directory", session.working_directory.string());
     if (!chosen) return;
     set_working_directory_command(session, *chosen);
-}
-
-void read_model_menu(Session& session) {
-    if (trim(session.original_mesh_name).empty() || !session.loaded_mesh.loaded) {
-        session.dialogue.message_box("No mesh file has been specified");
-        return;
-    }
-    if (find_file(session.original_mesh_name).empty()) {
-        session.dialogue.message_box("The specified mesh file does not exist");
-        return;
-    }
-    FileChoice request;
-    request.title = "Select the UBC model file";
-    request.filter = "UBC model Files|*.sus;*.mod;*.kap;*.den;*.rho;*.con;*.res;*.chg;*.eta;*.sns|All files (*.*)|*.*";
-    request.start_name = directory_of(session.original_model_name.empty() ? session.original_mesh_name
-                                                                          : session.original_model_name);
-    std::optional<std::string> choice = session.dialogue.choose_file(request);
-    if (!choice) return;
-    // The model is read when the refinement run is created; here its name is kept.
-    session.original_model_name = resolve_path(session.working_directory, *choice).string();
-}
-
-/// menu_read_inversion_mesh until the refinement reader takes it over: a mesh file read, its limits
-/// into the mesh rows and refinement mode on. 0, 1 when cancelled, -1 after a message.
-int read_mesh_menu(Session& session) {
-    FileChoice request;
-    request.title = "Select the mesh definition file";
-    request.filter =
-        "UBC mesh Files|*.mesh;*.msh;*.dat;mesh|RES3DINV Inversion Files|*.inv|GoCad voxet files|*.vo|VTK grid "
-        "files|*.vtk|All files (*.*)|*.*";
-    request.start_name = directory_of(session.original_mesh_name);
-    std::optional<std::string> choice = session.dialogue.choose_file(request);
-    if (!choice) return 1;
-    FormModel& form = session.form;
-    clear_mesh(session.loaded_mesh);
-    form.set_visible("menu_read_inversion_model", false);
-    session.original_mesh_name = resolve_path(session.working_directory, *choice).string();
-    if (read_mesh_file(session, session.original_mesh_name) != 0) return -1;
-    const LoadedMesh& mesh = session.loaded_mesh;
-    double depth = 0;
-    for (int k = 1; k <= mesh.nz; ++k) depth += mesh.dz[k];
-    form.set_text("Text_cell_size", 0, general_number_text(mesh.core_dx));
-    form.set_text("Text_min_val", 0, general_number_text(mesh.x_nodes[1]));
-    form.set_text("Text_max_val", 0, general_number_text(mesh.x_nodes[mesh.nx + 1]));
-    form.set_text("Text_cell_size", 1, general_number_text(mesh.core_dy));
-    form.set_text("Text_min_val", 1, general_number_text(mesh.y_nodes[1]));
-    form.set_text("Text_max_val", 1, general_number_text(mesh.y_nodes[mesh.ny + 1]));
-    form.set_text("Text_cell_size", 2, general_number_text(mesh.core_dz));
-    form.set_text("Text_max_val", 2, general_number_text(mesh.z0));
-    form.set_text("Text_min_val", 2, general_number_text(mesh.z0 - depth));
-    switch_inversion_mode(session, 1);
-    session.dialogue.message_box("The mesh file has been loaded and refinement mode is enabled");
-    form.set_visible("menu_read_inversion_model", true);
-    return 0;
 }
 
 }  // namespace
@@ -261,13 +208,23 @@ void register_form_commands(Session& session, CommandHost& host, FormCommands& s
     form.on_change("menu_read_inversion_mesh", [s, busy](int) {
         run_exclusive(*s, *busy, [s] {
             try {
-                read_mesh_menu(*s);
+                read_inversion_mesh_command(*s);
             } catch (const std::exception& fault) {
                 s->dialogue.message_box(std::string("An error occurred while reading the mesh file: ") + fault.what());
             }
         });
     });
-    form.on_change("menu_read_inversion_model", [s](int) { read_model_menu(*s); });
+    form.on_change("menu_read_inversion_model", [s, busy](int) {
+        run_exclusive(*s, *busy, [s] { read_inversion_model_command(*s); });
+    });
+    // The tiling layout of a refinement run: the tile choice, then the creation or nothing.
+    form.on_change("Command_continue_tile", [s, busy](int) {
+        run_exclusive(*s, *busy, [s] { continue_tile_command(*s); });
+    });
+    form.on_change("Command_cancel_tile", [s](int) { cancel_tile_command(*s); });
+    form.on_change("Check_do_tile", [s](int) {
+        if (!s->form.updating_form) tiling_check_do_tile(*s);
+    });
 }
 
 }  // namespace invsetup

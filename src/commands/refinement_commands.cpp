@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "commands/form_commands.h"
 #include "modelfiles/mesh_file_read.h"
 #include "modelfiles/model_file_read.h"
 #include "session.h"
@@ -60,7 +61,7 @@ int read_inversion_mesh_command(Session& session) {
     session.form.set_visible("ProgressBar_load_ubc_model", false);
     if (status != 0) return -1;
     show_loaded_mesh(session);
-    session.definition.refinement_mode = 1;
+    switch_inversion_mode(session, 1);
     session.dialogue.message_box("The mesh file has been loaded and refinement mode is enabled");
     session.form.set_visible("menu_read_inversion_model", true);
     return 0;

@@ -19,11 +19,12 @@ using invsetup::testing::run_cli;
 using invsetup::testing::TempDir;
 using invsetup::testing::test_data;
 
-/// Every file below `folder`, as paths relative to it.
+/// Every file below `folder`, as paths relative to it, without the shell twins of the batch files.
 std::set<std::string> files_below(const fs::path& folder) {
     std::set<std::string> names;
     for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_regular_file()) names.insert(fs::relative(entry.path(), folder).generic_string());
+        if (entry.is_regular_file() && entry.path().extension() != ".sh")
+            names.insert(fs::relative(entry.path(), folder).generic_string());
     return names;
 }
 
