@@ -140,6 +140,27 @@ void write_topography(const fs::path& file, const Terrain& terrain, double x_min
     invsetup::write_text_lines(file, lines);
 }
 
+/// A digital elevation model as an ESRI ASCII grid: nodes every `spacing` metres over the area and
+/// `margin` metres round it (the mesh's padding), north row first, as a DEM is exported from any GIS.
+void write_topography_grid(const fs::path& file, const Terrain& terrain, double x_min, double x_max, double y_min,
+                           double y_max, double spacing, double margin) {
+    const double west = x_min - margin, south = y_min - margin;
+    const int columns = static_cast<int>(std::lround((x_max - x_min + 2 * margin) / spacing)) + 1;
+    const int rows = static_cast<int>(std::lround((y_max - y_min + 2 * margin) / spacing)) + 1;
+    std::vector<std::string> lines{"ncols " + std::to_string(columns), "nrows " + std::to_string(rows),
+                                   "xllcenter " + fixed(west, 1), "yllcenter " + fixed(south, 1),
+                                   "cellsize " + fixed(spacing, 1), "NODATA_value -9999"};
+    for (int r = rows - 1; r >= 0; --r) {
+        std::string line;
+        for (int c = 0; c < columns; ++c) {
+            if (c > 0) line += ' ';
+            line += fixed(terrain.at(west + c * spacing, south + r * spacing), 2);
+        }
+        lines.push_back(line);
+    }
+    invsetup::write_text_lines(file, lines);
+}
+
 /// Flight lines running east-west `line_spacing` apart, readings every `step` metres, flown at
 /// `clearance` above the ground with a wobble; columns x, y, z, value, line.
 template <class Value>
@@ -269,7 +290,7 @@ void make_gravity(const fs::path& folder) {
     const double x0 = 455000, y0 = 6220000;
     const Terrain terrain{x0, y0, 760};
     Noise noise(31337);
-    write_topography(folder / "topo.xyz", terrain, x0, x0 + 4000, y0, y0 + 4000, 60, noise);
+    write_topography_grid(folder / "topo.asc", terrain, x0, x0 + 4000, y0, y0 + 4000, 50, 1000);
     const Body body = pipe(x0 + 1700, y0 + 2300, 640, 300, 500, 25);
     std::vector<std::string> lines{"x,y,z,gz"};
     for (double y = y0 + 50; y < y0 + 4000; y += 100)
@@ -287,12 +308,14 @@ void make_gravity(const fs::path& folder) {
     d.data_type_count = 1;
     d.data_types = {0, -1, -1, -1, -1, -1, -1};
     d.data_file_names[0] = "grav_data.csv";
+    d.data_file_names[1] = "topo.asc";
     d.error_percent = 0;
     d.error_floor = 0.05f;
     invsetup::save_inversion_parameters(
         d,
         "Example gravity inversion: UBC GRAV3D V5, ground stations on a 100 m grid over a 4 x 4 km block.\r\n"
-        "Observed data: grav_data.csv (x, y, elevation, gz in mGal). Topography: topo.xyz.\r\n"
+        "Observed data: grav_data.csv (x, y, elevation, gz in mGal). Topography: topo.asc, a 50 m DEM as an ESRI\r\n"
+        "ASCII grid.\r\n"
         "A dense pipe (+0.35 g/cc) lies 100 to 600 m below ground.",
         folder / "inversion.inp");
 }

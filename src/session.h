@@ -56,6 +56,9 @@ struct Session {
     ObservationBins bins;
     ObservationList readings;
     Topography topography;
+    /// Readings the last creation that read the observed data kept (its filled bins); -1 until one
+    /// has. A package without any can't be inverted: the command line fails on it.
+    int readings_kept = -1;
 
     /// The grid last read and the name of its temporary part.
     GridState grids;

@@ -15,6 +15,7 @@
 #include "commands/commands.h"
 #include "commands/create_commands.h"
 #include "commands/refinement_commands.h"
+#include "create/survey_check.h"
 #include "form/form_load.h"
 #include "cluster_options.h"
 #include "session.h"
@@ -191,10 +192,38 @@ int run_create(const CreateOptions& options) {
         if (!skip_tiles(session, options.skip_tiles)) return 1;
         if (continue_tile_command(session) < 0) return 1;
     }
+    if (session.readings_kept == 0) {
+        std::cerr << "No reading was kept, so the run package in " << run.string()
+                  << " can't be inverted: the messages above say which tests left the readings out.\n";
+        return 1;
+    }
     if (!options.quiet) std::cerr << "Run package: " << run.string() << '\n';
     return write_cluster_files(options.cluster, options.definition,
                                working_directory_for(options.definition, options.working_directory), run,
                                options.quiet);
+}
+
+/// The readings as a creation will take them, one test at a time, so that a survey that would come
+/// out empty is seen before a long run.
+void print_coverage(const SurveyCoverage& c) {
+    const std::string file = std::filesystem::path(c.data_file).filename().string();
+    if (c.grids) {
+        std::cout << "Readings:    " << c.readings << " cells of the mesh core under " << file << '\n';
+        std::cout << "  valid:     " << c.valid << " (" << c.readings - c.valid << " without a grid value)\n";
+    } else {
+        std::cout << "Readings:    " << c.readings << " in " << file << '\n';
+        std::cout << "  valid:     " << c.valid << " (" << c.readings - c.valid << " with a null value or elevation)\n";
+        std::cout << "  in core:   " << c.inside_core << " (" << c.valid - c.inside_core << " outside the mesh core)\n";
+        if (!c.topography_file.empty())
+            std::cout << "  on topo:   " << c.on_topography << " (" << c.inside_core - c.on_topography
+                      << " with no topography under them)\n";
+    }
+    std::cout << "  kept:      " << c.kept << ", one per mesh column\n";
+    if (!c.topography_file.empty() && !c.points_hold_core)
+        std::cout << "Warning:     the topography points of " << std::filesystem::path(c.topography_file).filename().string()
+                  << " don't reach over the whole mesh core; beyond them the surface is drawn towards their mean "
+                     "elevation\n";
+    if (c.kept == 0) std::cout << "Warning:     no reading would be kept, so the run package could not be inverted\n";
 }
 
 int run_check(const std::string& definition, const std::string& working_directory, const SizeOptions& size) {
@@ -225,6 +254,13 @@ int run_check(const std::string& definition, const std::string& working_director
               << general_number_text(mesh.y_nodes[mesh.ny + 1]) << '\n';
     std::cout << "Mesh Z:      " << general_number_text(mesh.z_nodes[mesh.nz + 1]) << " to "
               << general_number_text(mesh.z_nodes[1]) << '\n';
+    SurveyCoverage coverage;
+    if (survey_coverage(session, coverage) < 0) {
+        std::cout << "The observed data could not be tried on the mesh: "
+                  << (dialogue.messages.empty() ? "see the messages above" : dialogue.messages.back()) << '\n';
+        return 1;
+    }
+    print_coverage(coverage);
     std::cout << "The definition is valid.\n";
     return print_size_estimate(session, size, working_directory_for(definition, working_directory));
 }

@@ -157,20 +157,7 @@ private:
         append("Gridding topo data ");
         yield();
         label("Generate topo data");
-        if (definition_.data_file_kinds[1] == 0) {
-            LocationFileSettings settings = location_settings(definition_, 1);
-            LocationData data;
-            LocationSummary summary;
-            check_status(read_locations_file(session_, settings, location_count_pass, data, summary));
-            if (data.count <= 0) throw StageFailure();
-            check_status(read_locations_file(session_, settings, location_fill_pass, data, summary));
-            label("Grid topo data");
-            session_.form.set_visible("ProgressBar_load_ubc_model", true);
-            check_status(grid_topo_from_points(session_, data.count, data.locations));
-        } else {
-            session_.form.set_visible("ProgressBar_load_ubc_model", true);
-            check_status(grid_topo_from_file(session_, definition_.data_file_names[1]));
-        }
+        check_status(invsetup::grid_topography(session_));
     }
 
     /// Without topography the surface is the top of the mesh, so the later stages read it as any other.
@@ -356,6 +343,7 @@ private:
         label("Read observed data file");
         yield();
         check_status(process_inversion_data(session_));
+        session_.readings_kept = session_.bins.bin_total;
         const bool reader_count = definition_.obs_data_file_type == 0 && definition_.values_per_cell != 1;
         const int count = reader_count ? session_.readings.read_count : session_.bins.bin_total;
         append("Number of data read from file: " + format_picture(count, "0"));
@@ -416,24 +404,6 @@ private:
     int data_written_ = 0;
 };
 
-/// The readers open the data files by the names the definition holds; a relative name means a file
-/// in the working directory. For the length of a creation the names are made whole, then put back,
-/// so the saved definitions keep what the person wrote.
-class WholeDataFileNames {
-public:
-    explicit WholeDataFileNames(Session& session) : names_(session.definition.data_file_names), kept_(names_) {
-        for (std::string& name : names_) {
-            if (!trim(name).empty()) name = resolve_path(session.working_directory, trim(name)).string();
-        }
-    }
-    ~WholeDataFileNames() { names_ = kept_; }
-    WholeDataFileNames(const WholeDataFileNames&) = delete;
-    WholeDataFileNames& operator=(const WholeDataFileNames&) = delete;
-
-private:
-    std::array<std::string, 6>& names_;
-    std::array<std::string, 6> kept_;
-};
 
 /// What one creation sized is given back when it ends.
 void release_creation(Session& session) {
@@ -444,6 +414,15 @@ void release_creation(Session& session) {
 }
 
 }  // namespace
+
+WholeDataFileNames::WholeDataFileNames(Session& session)
+    : names_(session.definition.data_file_names), kept_(names_) {
+    for (std::string& name : names_) {
+        if (!trim(name).empty()) name = resolve_path(session.working_directory, trim(name)).string();
+    }
+}
+
+WholeDataFileNames::~WholeDataFileNames() { names_ = kept_; }
 
 int create_inversion(Session& session, const std::filesystem::path& run_directory, int create_mode) {
     try {

@@ -1,6 +1,7 @@
 // src/create/create_inversion.h - the create driver: turns a checked definition and its mesh into the
 // files of a run package, stage by stage, reporting each stage on the form's progress controls.
 #pragma once
+#include <array>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -32,5 +33,20 @@ int create_inversion(Session& session, const std::filesystem::path& run_director
 
 /// Appends a stage line (and CR LF) to Text_progress.
 void append_progress(Session& session, std::string_view text);
+
+/// The readers open the data files by the names the definition holds; a relative name means a file
+/// in the working directory. For the life of this guard the names are made whole, then put back, so
+/// the saved definitions keep what the person wrote.
+class WholeDataFileNames {
+public:
+    explicit WholeDataFileNames(Session& session);
+    ~WholeDataFileNames();
+    WholeDataFileNames(const WholeDataFileNames&) = delete;
+    WholeDataFileNames& operator=(const WholeDataFileNames&) = delete;
+
+private:
+    std::array<std::string, 6>& names_;
+    std::array<std::string, 6> kept_;
+};
 
 }  // namespace invsetup

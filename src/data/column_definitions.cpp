@@ -85,24 +85,6 @@ bool is_existing_file(const std::filesystem::path& path) {
     return std::filesystem::is_regular_file(path, error);
 }
 
-/// Point files are never taken for grids, even where a grid library would open them as one.
-bool has_point_file_extension(const std::string& name) {
-    const std::string extension = to_upper(file_extension(name));
-    for (const char* point : {"XYZ", "CSV", "OBS", "DAT", "TXT", "STN", "GDB"})
-        if (extension == point) return true;
-    return false;
-}
-
-bool is_grid_file(const std::filesystem::path& path) {
-    if (has_point_file_extension(path.string())) return false;
-    Array1<int> grid_ints(grid_int_count);
-    Array1<double> grid_reals(grid_real_count);
-    std::string grid_text;
-    int status = 0;
-    GRDRDH(path.string(), grid_ints, grid_reals, grid_text, status);
-    return status >= 0 && is_valid_grid_header(grid_ints, grid_reals);
-}
-
 /// The head of a text file, lines joined by CR LF.
 std::string preview_text(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -284,7 +266,7 @@ void display_data_file(Session& session, int slot) {
     }
 
     const bool has_image_frame = form.has_control("Frame_data_file_image", slot);
-    if (slot >= 1 && is_grid_file(path)) {
+    if (slot >= 1 && is_grid_file(path.string())) {
         definition.data_file_kinds.at(s) = kind_grid;
         if (has_image_frame) {
             const Control& frame = form.control("Frame_data_file_definitions", slot);

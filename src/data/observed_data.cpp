@@ -10,6 +10,7 @@
 #include "grids/grid_file.h"
 #include "grids/interval_search.h"
 #include "session.h"
+#include "support/files.h"
 #include "support/numbers.h"
 
 namespace invsetup {
@@ -36,6 +37,25 @@ const std::string& ObservationList::obs_label(int n) const {
 bool is_input_null(double value) {
     return value < -1e30 || std::fabs(value + 99999) < 1 || std::fabs(value + 9999) < 0.1 ||
            std::fabs(value + 999) < 0.01;
+}
+
+namespace {
+
+std::string count_of(long count, const char* one, const char* many) {
+    return format_picture(static_cast<double>(count), "0") + " " + (count == 1 ? one : many);
+}
+
+}  // namespace
+
+std::string left_out_summary(const ObservationList& list, const std::string& data_file, bool grids) {
+    const std::string file = file_name_only(data_file);
+    if (grids)
+        return "Of the " + count_of(list.cells_sampled, "mesh cell", "mesh cells") + " inside the mesh core, " +
+               count_of(list.left_out_null, "has", "have") + " no value in the observed data grid " + file + ".";
+    return "Of the " + count_of(list.read_count, "reading", "readings") + " in " + file + ", " +
+           format_picture(list.left_out_null, "0") + " had a null value or elevation, " +
+           format_picture(list.left_out_outside, "0") + " lay outside the mesh core and " +
+           format_picture(list.left_out_no_topography, "0") + " had no topography under them.";
 }
 
 namespace {
@@ -105,7 +125,11 @@ int process_point_file(Session& session, const PointTransform& working_transform
         list.label_names = data.line_names;
     }
     list.obs_count = 0;
-    if (count == 0 || range.empty()) return 0;
+    if (count == 0) return 0;
+    if (range.empty()) {
+        list.left_out_outside = count;
+        return 0;
+    }
 
     const bool nulls_kept = d.integration_interval > 0;
     const bool has_z = d.data_z_columns[0] > 0;
@@ -126,13 +150,19 @@ int process_point_file(Session& session, const PointTransform& working_transform
         r.z = 0;
         if (has_z) {
             r.z = data.locations(n, 3);
-            if (is_input_null(r.z)) continue;
+            if (is_input_null(r.z)) {
+                ++list.left_out_null;
+                continue;
+            }
         }
         r.z += d.elevation_offsets[0];
 
         const double v1 = data.values(n, 1);
         if (is_input_null(v1)) {
-            if (!nulls_kept) continue;
+            if (!nulls_kept) {
+                ++list.left_out_null;
+                continue;
+            }
             r.value1 = null_value;
         } else {
             r.value1 = regional_value(v1, d);
@@ -140,19 +170,28 @@ int process_point_file(Session& session, const PointTransform& working_transform
         if (d.data_type_count >= 2) {
             const double v2 = data.values(n, 2);
             if (is_input_null(v2)) {
-                if (!nulls_kept) continue;
+                if (!nulls_kept) {
+                    ++list.left_out_null;
+                    continue;
+                }
                 r.value2 = null_value;
             } else {
                 r.value2 = v2;
             }
         }
         // The third value is read only to be tested: its slot carries the distance to the centre.
-        if (d.data_type_count >= 3 && !nulls_kept && is_input_null(data.values(n, 3))) continue;
+        if (d.data_type_count >= 3 && !nulls_kept && is_input_null(data.values(n, 3))) {
+            ++list.left_out_null;
+            continue;
+        }
         const int line = d.line_column > 0 ? data.line_index[n] : 0;  // 0 before the first line name
         r.label = line > 0 ? &data.line_names[line] : &no_label;
         if (d.extra_value_column > 0) r.extra = data.extra_values[n];
 
-        if (!(r.x >= x_low && r.x < x_high && r.y >= y_low && r.y < y_high)) continue;
+        if (!(r.x >= x_low && r.x < x_high && r.y >= y_low && r.y < y_high)) {
+            ++list.left_out_outside;
+            continue;
+        }
         const int i = interval_search(mesh.x_nodes, r.x);
         const int j = interval_search(mesh.y_nodes, r.y);
         // The forward calculation can't take a reading on a cell's edge.
@@ -164,7 +203,10 @@ int process_point_file(Session& session, const PointTransform& working_transform
         double topography = mesh_top;
         if (use_topography) {
             topography = topo_elevation_at(session.topography, r.x, r.y);
-            if (is_null(topography)) continue;
+            if (is_null(topography)) {
+                ++list.left_out_no_topography;
+                continue;
+            }
         }
         if (d.sensor_height_type == 0) r.z += topography;
         if (minimum_height > 0 && r.z - topography < minimum_height) {
@@ -265,7 +307,11 @@ int process_grids(Session& session, const PointTransform& transform, const Accep
                 GEO_CELL_INTERPOLATION(grids[static_cast<std::size_t>(g)], x, y, values[g]);
             for (int i = range.x_first; i < range.x_end; ++i) {
                 const std::size_t c = static_cast<std::size_t>(i - range.x_first);
-                if (is_null(values[0][c])) continue;
+                ++list.cells_sampled;
+                if (is_null(values[0][c])) {
+                    ++list.left_out_null;
+                    continue;
+                }
                 double elevation = d.elevation_offsets[0];
                 if (d.sensor_height_type != 1)
                     elevation += use_topography ? static_cast<double>(session.topography.topo_grid(i, j))
@@ -298,6 +344,7 @@ int process_grids(Session& session, const PointTransform& transform, const Accep
             const double height = values[0][static_cast<std::size_t>(i - range.x_first)];
             if (is_null(height)) {  // no elevation, no reading; bin_total keeps counting it
                 bins.bin_used(i, j) = 0;
+                ++list.left_out_null;
                 continue;
             }
             double& z = bins.bin_z(i, j);
@@ -333,6 +380,7 @@ int process_inversion_data(Session& session, const PointTransform& working_trans
         list.read_count = 0;
         list.shift_count = 0;
         list.shift_sum = 0;
+        list.left_out_null = list.left_out_outside = list.left_out_no_topography = list.cells_sampled = 0;
 
         const float x_tolerance = node_tolerance(d.mesh_cell_size[0], mesh.x_nodes, mesh.nx);
         const float y_tolerance = node_tolerance(d.mesh_cell_size[1], mesh.y_nodes, mesh.ny);
@@ -349,9 +397,12 @@ int process_inversion_data(Session& session, const PointTransform& working_trans
                         " average shift: " + format_picture(list.shift_sum / list.shift_count, "0.0") + "\r\n";
             session.form.set_text("Text_progress", std::move(progress));
         }
-        if (bins.bin_total < 10)
+        if (bins.bin_total < 10) {
             session.dialogue.message_box("Warning: The number of inversion data defined is only " +
                                          format_picture(bins.bin_total, "0"));
+            const bool grids = d.obs_data_file_type == 1;
+            session.dialogue.message_box(left_out_summary(list, d.data_file_names[grids ? 2 : 0], grids));
+        }
         return 0;
     } catch (const std::exception& fault) {
         session.dialogue.message_box("An error occurred while processing the inversion data: " +

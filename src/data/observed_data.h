@@ -44,7 +44,18 @@ struct ObservationList {
     /// Readings moved up to the minimum height above the topography, and the sum of the moves.
     int shift_count = 0;
     double shift_sum = 0;
+    /// Readings left out, each by the first test that stopped it: a null value or elevation, a place
+    /// outside the mesh core, no surface under it. With grids, the core cells without a value count
+    /// as null, and cells_sampled counts the core cells looked at.
+    int left_out_null = 0;
+    int left_out_outside = 0;
+    int left_out_no_topography = 0;
+    int cells_sampled = 0;
 };
+
+/// Why readings were left out, as one sentence naming the data file: the counts of each test, for
+/// the person who has just been told how few readings remain.
+std::string left_out_summary(const ObservationList& list, const std::string& data_file, bool grids);
 
 /// The null tests of input values: below -1e30, or within 1 of -99999, 0.1 of -9999 or 0.01 of -999.
 bool is_input_null(double value);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <exception>
 
+#include "data/location_file.h"
 #include "grids/grid_access.h"
 #include "session.h"
 #include "support/numbers.h"
@@ -34,6 +35,8 @@ void store_surface(Session& session, const std::vector<double>& centre_values, c
     Topography& topography = session.topography;
     const double offset = session.definition.elevation_offsets[1];
     const bool shift = session.definition.topo_shift_option != 0;
+    const double tolerance = level_tolerance(mesh);
+    topography.surface_offset = static_cast<float>(offset);
     topography.size_surface(mesh.nx, mesh.ny);
     std::size_t k = 0;
     for (int j = 1; j <= mesh.ny; ++j)
@@ -44,7 +47,7 @@ void store_surface(Session& session, const std::vector<double>& centre_values, c
                 topography.topo_grid(i, j) = null_value_single;
             } else {
                 elevation += offset;
-                place_on_mesh_column(mesh.z_nodes, mesh.nz, shift, elevation, air_cells);
+                place_on_mesh_column(mesh.z_nodes, mesh.nz, shift, tolerance, elevation, air_cells);
                 topography.topo_grid(i, j) = static_cast<float>(elevation);
             }
             topography.topo_cell(i, j) = air_cells;
@@ -59,7 +62,7 @@ void store_surface(Session& session, const std::vector<double>& centre_values, c
             }
             elevation += offset;
             int air_cells = 0;
-            place_on_mesh_column(mesh.z_nodes, mesh.nz, shift, elevation, air_cells);
+            place_on_mesh_column(mesh.z_nodes, mesh.nz, shift, tolerance, elevation, air_cells);
             topography.topo_nodes(i, j) = static_cast<float>(elevation);
         }
 }
@@ -108,18 +111,35 @@ void Topography::clear() {
     topo_y.assign(1, 0.0);
     topo_z.assign(1, 0.0);
     triangulation.clear();
+    surface_grid = GridWindow{};
+    surface_transform = PointTransform{};
+    surface_offset = 0;
 }
 
 double topo_elevation_at(const Topography& topography, double x, double y) {
-    if (topography.triangulation.empty()) return null_value;
-    return topography.triangulation.interpolate(x, y, topography.topo_z);
+    double surface = null_value;
+    if (!topography.triangulation.empty()) {
+        surface = topography.triangulation.interpolate(x, y, topography.topo_z);
+    } else if (!topography.surface_grid.values.empty()) {
+        // The same lookup as the cells': in the grid's coordinates, the value brought back to the mesh's.
+        const PointTransform& transform = topography.surface_transform;
+        double map_x = x, map_y = y, unused = 0;
+        if (transform.active) apply_point_transform(transform, local_to_map, map_x, map_y, unused);
+        GEO_CELL_INTERPOLATION(topography.surface_grid, std::span<const double>(&map_x, 1),
+                               std::span<const double>(&map_y, 1), std::span<double>(&surface, 1));
+        if (!is_null(surface) && transform.active)
+            apply_point_transform(transform, map_to_local, map_x, map_y, surface);
+    }
+    return is_null(surface) ? null_value : surface + topography.surface_offset;
 }
 
-void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double& elevation, int& air_cells) {
+void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double tolerance, double& elevation,
+                          int& air_cells) {
     // z_nodes fall: the nodes above the surface come first.
     const double* first = z_nodes.data();
     const double* last = first + nz + 1;
-    const double* at_or_below = std::partition_point(first, last, [elevation](double z) { return z > elevation; });
+    const double level = elevation + tolerance;
+    const double* at_or_below = std::partition_point(first, last, [level](double z) { return z > level; });
     if (shift && at_or_below != last) elevation = *at_or_below;
     // Cells 1..n have their top node above the surface; node n + 1 is the first at or below it.
     air_cells = std::min(static_cast<int>(at_or_below - first), nz);
@@ -278,11 +298,34 @@ int grid_topo_from_file(Session& session, const std::string& file_name) {
         topography.topo_z.clear();
         topography.triangulation.clear();
         store_surface(session, centre_values, node_values);
+        // The readings take their surface from the same grid, by the same rule, later in the run.
+        topography.surface_grid = std::move(window);
+        topography.surface_transform = transform;
         return 0;
     } catch (const std::exception& fault) {
         session.dialogue.message_box(fault.what());
         return -1;
     }
+}
+
+int grid_topography(Session& session) {
+    const InversionDefinition& definition = session.definition;
+    if (definition.data_file_kinds[1] != 0) {
+        session.form.set_visible("ProgressBar_load_ubc_model", true);
+        return grid_topo_from_file(session, definition.data_file_names[1]);
+    }
+    const LocationFileSettings settings = location_settings(definition, 1);
+    LocationData data;
+    LocationSummary summary;
+    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
+    if (data.count <= 0) {
+        session.dialogue.message_box(too_few_points);
+        return -1;
+    }
+    if (read_locations_file(session, settings, location_fill_pass, data, summary) < 0) return -1;
+    show_label(session, "Grid topo data");
+    session.form.set_visible("ProgressBar_load_ubc_model", true);
+    return grid_topo_from_points(session, data.count, data.locations);
 }
 
 int process_inversion_topo(Session& session) {
@@ -291,6 +334,7 @@ int process_inversion_topo(Session& session) {
         const Topography& topography = session.topography;
         ObservationBins& bins = session.bins;
         const bool lift = session.definition.inversion_method != method_zarninv3d && bins.bin_used.rows() > 0;
+        const double tolerance = level_tolerance(mesh);
         session.dialogue.progress(0);
         ProgressMeter progress(session.dialogue, static_cast<double>(mesh.nx) * mesh.ny);
         long done = 0;
@@ -302,7 +346,7 @@ int process_inversion_topo(Session& session) {
                 if (lift && bins.bin_used(i, j) != 0) {
                     // The forward programs need each reading above the ground cells of its column.
                     const double lowest = mesh.z_nodes[top] + 0.1;
-                    if (lowest > bins.bin_z(i, j)) bins.bin_z(i, j) = lowest;
+                    if (lowest > bins.bin_z(i, j) + tolerance) bins.bin_z(i, j) = lowest;
                 }
                 progress.advance(++done);
             }

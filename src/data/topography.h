@@ -4,8 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "grids/grid_file.h"
 #include "grids/triangulation.h"
 #include "support/array1.h"
+#include "support/point_transform.h"
 
 namespace invsetup {
 struct Session;
@@ -23,14 +25,24 @@ struct Topography {
     std::vector<double> topo_x, topo_y, topo_z;
     Triangulation triangulation;
 
+    /// The topography grid read for the mesh's area, in the grid's own coordinates, when the surface
+    /// came from a grid file (empty otherwise), and the transform from the mesh's coordinates to the
+    /// grid's (active only when a coordinate transform is in use). Readings find their surface here.
+    GridWindow surface_grid;
+    PointTransform surface_transform;
+    /// The topography offset, which belongs to the surface wherever it is used.
+    float surface_offset = 0;
+
     /// Sizes the three surface tables for the mesh, cleared.
     void size_surface(int nx, int ny);
     /// Everything back to empty.
     void clear();
 };
 
-/// Elevation of the triangulated surface at (x, y) (the points' own elevations, no offset); below
-/// -1e30 outside the triangulation or when there is none. Successive points near each other are cheap.
+/// The surface at a reading (x, y), in the mesh's coordinates, with the topography offset added: from
+/// the triangulated points, or from the topography grid by the same bilinear rule that gives the
+/// cells their surface. Null (-1e32) where the surface has no value: outside the triangulation,
+/// outside the grid or beside a null grid node, or when there is no surface at all.
 double topo_elevation_at(const Topography& topography, double x, double y);
 
 /// The surface from the point file's readings, locations(1..count, 1..3) x, y, z: the readings within
@@ -48,13 +60,20 @@ int grid_topo_from_points(Session& session, int count, const Array2<double>& loc
 /// grid layer's message, "The topo grid file has no values over the mesh", or a trapped fault.
 int grid_topo_from_file(Session& session, const std::string& file_name);
 
+/// The surface of the definition's topography file on session.mesh: a point file (kind 0) read by its
+/// column definitions and triangulated, any other kind read as a grid. Returns 0, or -1 after the
+/// reader's or the gridding's message.
+int grid_topography(Session& session);
+
 /// Marks the cells above the surface in session.mesh.cell_state with -1.0 and, for every method but
 /// the in-house one, lifts each filled bin to at least 0.1 above the top node of its column's first
 /// ground cell. Returns 0, or -1 after the trap's message.
 int process_inversion_topo(Session& session);
 
 /// The elevation and the air-cell count of one place: `elevation` (with its offset added) moved down
-/// to the nearest node at or below it when `shift` is on; z_nodes falling, 1..nz+1.
-void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double& elevation, int& air_cells);
+/// to the nearest node at or below it when `shift` is on; z_nodes falling, 1..nz+1. A node within
+/// `tolerance` of the elevation counts as at it (see level_tolerance).
+void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double tolerance, double& elevation,
+                          int& air_cells);
 
 }  // namespace invsetup

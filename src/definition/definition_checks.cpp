@@ -479,10 +479,7 @@ bool check_one_file(Session& session, int index) {
     if (!file_exists(session, name)) return read.fail("The specified data location file does not exist");
 
     const std::filesystem::path path = resolve_path(session.working_directory, name);
-    GridHeader header;
-    int status = -1;
-    GRDRDH(path.string(), header.grid_ints, header.grid_reals, header.grid_text, status);
-    if (status >= 0) {
+    if (is_grid_file(path.string())) {
         definition.data_file_kinds[slot] = 1;
     } else {
         definition.data_file_kinds[slot] = to_upper(file_extension(name)) == "GDB" ? 2 : 0;

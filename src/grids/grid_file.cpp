@@ -65,6 +65,7 @@ public:
     double x_spacing = 0, y_spacing = 0;  // both positive
     int kind = grid_kind_gdal;
     std::string description;
+    std::string driver_name;  // GDAL's short name; "HGT" for a height file
 
     /// Fills grid_ints and grid_reals for the columns c0..c1 and south-based rows r0..r1 (0-based).
     void fill_header(GridHeader& header, int c0, int c1, int r0, int r1) const {
@@ -142,6 +143,7 @@ private:
         file_null = has_null ? null : 0.0;
         GDALDriverH driver = GDALGetDatasetDriver(handle);
         description = driver ? GDALGetDriverLongName(driver) : "";
+        driver_name = driver ? GDALGetDriverShortName(driver) : "";
         return true;
     }
 
@@ -181,6 +183,7 @@ private:
         has_null = true;
         file_null = -32768.0;
         description = "Height file";
+        driver_name = "HGT";
         return true;
     }
 
@@ -264,6 +267,21 @@ bool is_valid_grid_header(const Array1<int>& grid_ints, const Array1<double>& gr
            grid_reals[grid_real::x_min] < grid_reals[grid_real::x_max] &&
            grid_reals[grid_real::y_min] < grid_reals[grid_real::y_max] && grid_reals[grid_real::x_spacing] > 0 &&
            grid_reals[grid_real::y_spacing] > 0;
+}
+
+bool is_grid_file(const std::string& name) {
+    // GDAL opens a text file of x, y, z rows on a regular spacing as a raster ("XYZ"), and a table
+    // of columns through its CSV reader; both are lists of points whose columns the person defines.
+    static constexpr const char* point_drivers[] = {"XYZ", "CSV"};
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(name, error)) return false;
+    GridSource source;
+    if (!source.open(name, {})) return false;
+    for (const char* points : point_drivers)
+        if (source.driver_name == points) return false;
+    GridHeader header;
+    source.fill_header(header, 0, source.columns - 1, 0, source.rows - 1);
+    return is_valid_grid_header(header.grid_ints, header.grid_reals);
 }
 
 std::string grid_format_name(const std::string& name) {

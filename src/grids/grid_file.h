@@ -19,7 +19,7 @@ inline constexpr int grid_text_length = 512;
 inline constexpr int grid_kind_gdal = 1;     // any raster format GDAL opens
 inline constexpr int grid_kind_height = 12;  // ".hgt" height file, read directly
 inline constexpr int grid_kind_raster = 15;  // picture read by FreeImage, placed by a sidecar or its own tags
-inline constexpr int grid_kind_points = 20;  // ".xyz", ".csv", ".obs": posted on an image, never gridded
+inline constexpr int grid_kind_points = 20;  // a point file: posted on an image, never gridded
 
 /// Raster sub-kinds, slot 2 of grid_ints when the kind is grid_kind_raster.
 inline constexpr int raster_unplaced = 0;  // no georeference: limits are pixel numbers
@@ -126,6 +126,13 @@ void GEO_CELL_INTERPOLATION(const GridWindow& grid, std::span<const double> x, s
 /// The same on 1-based rows of centres: elements 1..count.
 void GEO_CELL_INTERPOLATION(const GridWindow& grid, const Array1<double>& x, const Array1<double>& y, int count,
                             Array1<double>& values);
+
+/// Whether a file is a grid: a file in a grid format or with a grid header (ESRI ASCII, Surfer,
+/// ER Mapper, GeoTIFF, height files and the rest), read whole as nodes. A text file that the grid
+/// layer recognises only as a list of points (x, y, z rows, or a table of columns) is a point file,
+/// even when its points lie on a regular grid: its columns are read by their definitions. This is
+/// the one test of grid or points for every data file slot.
+bool is_grid_file(const std::string& name);
 
 /// The GDAL driver's short name for a file ("GTiff", "ERS", "GSAG", ...), or "" when no driver
 /// recognises it. Height files answer "HGT".

@@ -123,9 +123,11 @@ int image_kind_of(const std::string& file_name) {
     if (extension == "HGT") return grid_kind_height;
     for (const char* raster : {"BMP", "JPG", "JPEG", "GIF", "TIF", "TIFF", "PNG", "TGA"})
         if (extension == raster) return grid_kind_raster;
-    for (const char* points : {"XYZ", "CSV", "OBS"})
+    if (is_grid_file(file_name)) return grid_kind_gdal;
+    for (const char* points : {"XYZ", "CSV", "OBS", "TXT", "DAT"})
         if (extension == points) return grid_kind_points;
-    return grid_kind_gdal;
+    if (grid_format_name(file_name) == "XYZ") return grid_kind_points;
+    return grid_kind_gdal;  // a format nothing here reads: the grid reader says so
 }
 
 int read_image_record(Session& session, ImageRecord& record, const std::string& file_name, int list_position,

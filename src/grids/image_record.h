@@ -29,8 +29,10 @@ struct ImageRecord {
     std::vector<std::uint32_t> pixels;
 };
 
-/// The kind of a file by its extension, in capitals: "HGT" height file; "BMP", "JPG", "GIF", "TIF",
-/// "PNG", "TGA" raster; "XYZ", "CSV", "OBS" point file; anything else a grid.
+/// The kind of a file: by its extension, "HGT" a height file and "BMP", "JPG", "GIF", "TIF", "PNG",
+/// "TGA" a raster; otherwise a grid when is_grid_file says so; a point file when the file is a list
+/// of points ("XYZ", "CSV", "OBS", "TXT", "DAT", or x, y, z rows); anything else is taken for a grid,
+/// whose reader then says that its format is unknown.
 int image_kind_of(const std::string& file_name);
 
 /// Reads the kind and header of `file_name` into `record`, the list_position-th file (1-based) of a

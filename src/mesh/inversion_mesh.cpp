@@ -40,6 +40,13 @@ float& InversionMesh::cell_state_at(int i, int j, int k) {
     return cell_state[index];
 }
 
+double level_tolerance(const InversionMesh& mesh) {
+    double thinnest = 0;
+    for (int k = 1; k <= mesh.nz; ++k)
+        if (thinnest == 0 || mesh.dz[k] < thinnest) thinnest = mesh.dz[k];
+    return thinnest * 1e-4;
+}
+
 void lay_nodes(InversionMesh& mesh) {
     for (int i = 1; i <= mesh.nx; ++i) {
         mesh.x_nodes[i + 1] = mesh.x_nodes[i] + mesh.dx[i];

@@ -36,6 +36,12 @@ struct InversionMesh {
     float& cell_state_at(int i, int j, int k);
 };
 
+/// Two levels closer than this are one level when a surface or a reading is placed on the mesh's
+/// Z nodes: a ten-thousandth of the thinnest cell. Far below any difference a survey can resolve,
+/// and far above the round-off of interpolating a flat surface (349.9999999 for ground at 350), which
+/// would otherwise move that ground a whole cell down.
+double level_tolerance(const InversionMesh& mesh);
+
 /// Lays the nodes from the first node and the widths: x and y rising from x_nodes[1], y_nodes[1],
 /// z falling from z_nodes[1]; fills the centres and z_nodes_up.
 void lay_nodes(InversionMesh& mesh);

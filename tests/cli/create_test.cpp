@@ -81,9 +81,32 @@ TEST_F(CreateCommandLine, FailuresExitOneWithTheirMessage) {
     write_file_bytes(survey / "topo.xyz", "x,y,z\r\nnot,a,point\r\n");
     run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"));
     EXPECT_EQ(run.exit_code, 1);
-    EXPECT_EQ(run.err, "An error occurred while generating the inversion files: \n");
+    EXPECT_EQ(run.err, "The topo data file did not contain enough data points to be meaningful\n"
+                       "An error occurred while generating the inversion files: \n");
     EXPECT_TRUE(fs::exists(dir.path() / "run" / "maginv3d.inp"));
     EXPECT_FALSE(fs::exists(dir.path() / "run" / "mesh"));
+}
+
+TEST_F(CreateCommandLine, NoReadingKeptIsAFailureThatCheckForesees) {
+    // A survey flown beside the mesh: every reading lies outside its core.
+    write_file_bytes(survey / "mag_data.csv", "x,y,z,tmi,line\r\n100,200,900,12,1000\r\n150,200,900,14,1000\r\n");
+    const CliRun check = run_cli("check " + quoted(survey / "inversion.inp"));
+    EXPECT_EQ(check.exit_code, 0);
+    EXPECT_NE(check.out.find("Readings:    2 in mag_data.csv\n"
+                             "  valid:     2 (0 with a null value or elevation)\n"
+                             "  in core:   0 (2 outside the mesh core)\n"),
+              std::string::npos)
+        << check.out;
+    EXPECT_NE(check.out.find("no reading would be kept"), std::string::npos);
+
+    const CliRun run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"));
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.err.find("Warning: The number of inversion data defined is only 0\n"
+                           "Of the 2 readings in mag_data.csv, 0 had a null value or elevation, 2 lay outside the "
+                           "mesh core and 0 had no topography under them.\n"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("No reading was kept"), std::string::npos);
 }
 
 TEST_F(CreateCommandLine, UsageErrorsExitTwo) {
@@ -97,6 +120,9 @@ TEST_F(CreateCommandLine, CheckPrintsTheMeshWithoutWriting) {
     const CliRun run = run_cli("check " + quoted(survey / "inversion.inp"));
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_NE(run.out.find("Mesh cells:  88 x 88 x 48 = 371712\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Readings:    4020 in mag_data.csv\n"), std::string::npos);
+    EXPECT_NE(run.out.find("  on topo:   4000 (0 with no topography under them)\n  kept:      1751"),
+              std::string::npos);
     EXPECT_NE(run.out.find("The definition is valid.\nSize estimate:\n  Cells in the mesh:        371,712\n"),
               std::string::npos)
         << run.out;

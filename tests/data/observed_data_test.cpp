@@ -205,10 +205,13 @@ TEST_F(ProcessData, OutsideTheTriangulatedSurfaceAReadingIsDropped) {
     EXPECT_EQ(bins().bin_total, 1);
 }
 
-TEST_F(ProcessData, FewerThanTenBinsWarnButSucceed) {
-    ASSERT_EQ(process("10,10,0,1\n12,12,0,1\n"), 0);
-    ASSERT_EQ(dialogue.messages.size(), 1u);
-    EXPECT_EQ(dialogue.messages[0], "Warning: The number of inversion data defined is only 1");
+TEST_F(ProcessData, FewerThanTenBinsWarnButSucceedAndSayWhyTheOthersWent) {
+    // Kept, kept but beaten in its bin, a null value, a null elevation, outside the mesh.
+    ASSERT_EQ(process("10,10,0,1\n12,12,0,1\n40,10,0,-9999\n40,40,-99999,1\n300,10,0,1\n"), 0);
+    EXPECT_EQ(dialogue.messages,
+              (std::vector<std::string>{"Warning: The number of inversion data defined is only 1",
+                                        "Of the 5 readings in obs.csv, 2 had a null value or elevation, 1 lay outside "
+                                        "the mesh core and 0 had no topography under them."}));
 }
 
 TEST_F(ProcessData, AMissingFileFailsWithTheReadersMessage) {

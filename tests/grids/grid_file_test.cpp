@@ -144,6 +144,29 @@ TEST(GridHeaders, UnreadableAndRotatedGridsFail) {
     header_of(rotated, -1);
 }
 
+// A list of points is a point file even when the grid layer could read it as a raster; a grid
+// format is a grid whatever its file is called.
+TEST(GridHeaders, OnlyGridFormatsAreGridFiles) {
+    TempDir dir;
+    const struct {
+        const char* name;
+        const char* text;
+        bool grid;
+    } cases[] = {
+        {"regular.csv", "x,y,z\n0,0,1\n10,0,2\n0,10,3\n10,10,4\n", false},
+        {"regular.xyz", "0 0 1\n10 0 2\n0 10 3\n10 10 4\n", false},
+        {"scattered.csv", "x,y,z\n0,0,1\n13,2,2\n4,17,3\n", false},
+        {"dem.txt", "ncols 2\nnrows 2\nxllcenter 0\nyllcenter 0\ncellsize 10\n1 2\n3 4\n", true},
+        {"notes.grd", "this is not a grid\n", false},
+    };
+    for (const auto& c : cases) {
+        write_file_bytes(dir.path() / c.name, c.text);
+        EXPECT_EQ(is_grid_file((dir.path() / c.name).string()), c.grid) << c.name;
+    }
+    EXPECT_FALSE(is_grid_file((dir.path() / "missing.asc").string()));
+    EXPECT_FALSE(is_grid_file(dir.path().string()));
+}
+
 TEST(GridHeaders, ValidityNeedsOrderedLimitsAndPositiveSpacings) {
     GridHeader header;
     header.grid_ints[grid_int::kind] = 1;

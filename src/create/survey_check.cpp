@@ -1,0 +1,67 @@
+// src/create/survey_check.cpp - the observed data and the topography tried on the mesh before a creation.
+#include "create/survey_check.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "create/create_inversion.h"
+#include "data/observed_data.h"
+#include "data/topography.h"
+#include "session.h"
+
+namespace invsetup {
+
+namespace {
+
+/// Whether the topography points (the readings of the file, without the closing points round the
+/// mesh) reach over the area of the mesh that takes readings.
+bool points_hold_core(const Topography& topography, const InversionMesh& mesh, int margin) {
+    constexpr std::size_t closing_points = 4;
+    const std::size_t count = topography.topo_x.size() > closing_points ? topography.topo_x.size() - closing_points : 0;
+    if (count == 0) return false;
+    const auto [x_low, x_high] = std::minmax_element(topography.topo_x.begin(), topography.topo_x.begin() + count);
+    const auto [y_low, y_high] = std::minmax_element(topography.topo_y.begin(), topography.topo_y.begin() + count);
+    return *x_low <= mesh.x_nodes[1 + margin] && *x_high >= mesh.x_nodes[mesh.nx + 1 - margin] &&
+           *y_low <= mesh.y_nodes[1 + margin] && *y_high >= mesh.y_nodes[mesh.ny + 1 - margin];
+}
+
+}  // namespace
+
+int survey_coverage(Session& session, SurveyCoverage& coverage) {
+    const InversionDefinition& d = session.definition;
+    coverage = SurveyCoverage{};
+    coverage.grids = d.obs_data_file_type == 1;
+    coverage.data_file = d.data_file_names[coverage.grids ? 2 : 0];
+    int status = 0;
+    try {
+        WholeDataFileNames whole_names(session);
+        session.bins.size_bins(session.mesh.nx, session.mesh.ny);
+        if (d.topo_type == 0) {
+            coverage.topography_file = d.data_file_names[1];
+            coverage.topography_is_grid = d.data_file_kinds[1] != 0;
+            status = grid_topography(session);
+            if (status >= 0 && !coverage.topography_is_grid)
+                coverage.points_hold_core =
+                    points_hold_core(session.topography, session.mesh, d.add_mesh_padding != 0 ? 4 : 0);
+        }
+        if (status >= 0) status = process_inversion_data(session);
+        if (status >= 0) {
+            const ObservationList& list = session.readings;
+            coverage.readings = coverage.grids ? list.cells_sampled : list.read_count;
+            coverage.valid = coverage.readings - list.left_out_null;
+            coverage.inside_core = coverage.valid - list.left_out_outside;
+            coverage.on_topography = coverage.inside_core - list.left_out_no_topography;
+            coverage.kept = session.bins.bin_total;
+        }
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box("An error occurred while trying the observed data on the mesh: " +
+                                     std::string(fault.what()));
+        status = -1;
+    }
+    session.bins.size_bins(1, 1);
+    session.readings = ObservationList{};
+    session.topography.clear();
+    return status < 0 ? -1 : 0;
+}
+
+}  // namespace invsetup
