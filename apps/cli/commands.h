@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace invsetup {
 struct Session;
@@ -19,6 +21,10 @@ namespace invsetup::cli {
 bool read_definition(Session& session, HeadlessDialogue& dialogue, const std::filesystem::path& definition,
                      int group = 0, const std::filesystem::path& working_directory = {});
 
+/// Switches the tiles of `--skip-tile I,J` options off as clicks in the tiling layout do. False
+/// after a message on stderr for a text that isn't I,J or a tile outside the layout.
+bool skip_tiles(Session& session, const std::vector<std::string>& tiles);
+
 void register_show_command(CLI::App& app, int& exit_code);
 void register_upgrade_command(CLI::App& app, int& exit_code);
 void register_limits_command(CLI::App& app, int& exit_code);
@@ -26,6 +32,7 @@ void register_grid_info_command(CLI::App& app, int& exit_code);
 void register_create_command(CLI::App& app, int& exit_code);
 void register_check_command(CLI::App& app, int& exit_code);
 void register_mesh_command(CLI::App& app, int& exit_code);
+void register_plan_command(CLI::App& app, int& exit_code);
 void register_start_command(CLI::App& app, int& exit_code);
 void register_export_command(CLI::App& app, int& exit_code);
 void register_igrf_command(CLI::App& app, int& exit_code);

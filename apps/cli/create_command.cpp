@@ -108,21 +108,6 @@ std::filesystem::path working_directory_for(const std::string& definition, const
     return std::filesystem::absolute(definition).parent_path().lexically_normal();
 }
 
-/// "I,J" (x tile, y tile, from 1).
-bool parse_tile(const std::string& text, int& i, int& j) {
-    const std::size_t comma = text.find(',');
-    if (comma == std::string::npos) return false;
-    try {
-        std::size_t used = 0;
-        i = std::stoi(text.substr(0, comma), &used);
-        if (used != comma) return false;
-        j = std::stoi(text.substr(comma + 1), &used);
-        return used == text.size() - comma - 1;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
 /// The existing mesh and model, read as the file menu reads them, before the definition.
 bool read_existing_inversion(Session& session, ScriptDialogue& dialogue, const CreateOptions& options) {
     session.working_directory = working_directory_for(options.definition, options.working_directory);
@@ -138,29 +123,6 @@ bool read_existing_inversion(Session& session, ScriptDialogue& dialogue, const C
     return read_inversion_model_command(session) == 0;
 }
 
-/// Switches the tiles off as clicks in the tiling layout do: the tile under the pointer is chosen,
-/// then its "Skip Tile" box is ticked.
-bool skip_tiles(Session& session, const std::vector<std::string>& tiles) {
-    for (const std::string& text : tiles) {
-        int i = 0, j = 0;
-        if (!parse_tile(text, i, j)) {
-            std::cerr << "invsetup: --skip-tile " << text << ": give the x and y tile numbers as I,J\n";
-            return false;
-        }
-        const InversionDefinition& d = session.definition;
-        if (i < 1 || j < 1 || i > d.number_of_x_tiles || j > d.number_of_y_tiles) {
-            std::cerr << "invsetup: --skip-tile " << text << ": the layout has " << d.number_of_x_tiles << " x "
-                      << d.number_of_y_tiles << " tiles\n";
-            return false;
-        }
-        session.tiling_view.hover_tile_x = i;
-        session.tiling_view.hover_tile_y = j;
-        tiling_mouse_up(session);
-        session.form.set_checked("Check_do_tile", true);
-        tiling_check_do_tile(session);
-    }
-    return true;
-}
 
 int run_create(const CreateOptions& options) {
     ScriptDialogue dialogue(options.yes, options.quiet);
@@ -266,6 +228,45 @@ int run_check(const std::string& definition, const std::string& working_director
 }
 
 }  // namespace
+
+namespace {
+
+/// "I,J" (x tile, y tile, from 1).
+bool parse_tile(const std::string& text, int& i, int& j) {
+    const std::size_t comma = text.find(',');
+    if (comma == std::string::npos) return false;
+    try {
+        std::size_t used = 0;
+        i = std::stoi(text.substr(0, comma), &used);
+        if (used != comma) return false;
+        j = std::stoi(text.substr(comma + 1), &used);
+        return used == text.size() - comma - 1;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+/// Switches the tiles off as clicks in the tiling layout do: the tile under the pointer is chosen,
+/// then its "Skip Tile" box is ticked.
+bool skip_tiles(Session& session, const std::vector<std::string>& tiles) {
+    for (const std::string& text : tiles) {
+        int i = 0, j = 0;
+        if (!parse_tile(text, i, j)) {
+            std::cerr << "invsetup: --skip-tile " << text << ": give the x and y tile numbers as I,J\n";
+            return false;
+        }
+        const InversionDefinition& d = session.definition;
+        if (i < 1 || j < 1 || i > d.number_of_x_tiles || j > d.number_of_y_tiles) {
+            std::cerr << "invsetup: --skip-tile " << text << ": the layout has " << d.number_of_x_tiles << " x "
+                      << d.number_of_y_tiles << " tiles\n";
+            return false;
+        }
+        switch_tile_off(session, i, j);
+    }
+    return true;
+}
 
 void register_create_command(CLI::App& app, int& exit_code) {
     auto options = std::make_shared<CreateOptions>();

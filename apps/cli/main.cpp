@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     invsetup::cli::register_create_command(app, exit_code);
     invsetup::cli::register_check_command(app, exit_code);
     invsetup::cli::register_mesh_command(app, exit_code);
+    invsetup::cli::register_plan_command(app, exit_code);
     invsetup::cli::register_start_command(app, exit_code);
     invsetup::cli::register_export_command(app, exit_code);
     invsetup::cli::register_igrf_command(app, exit_code);

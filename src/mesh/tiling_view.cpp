@@ -40,6 +40,16 @@ bool tile_inside_counts(const Session& session, int i, int j) {
     return i >= 1 && j >= 1 && i <= session.definition.number_of_x_tiles && j <= session.definition.number_of_y_tiles;
 }
 
+/// The core region: the core nodes of the mesh; in refinement mode the refined area, whose limits
+/// the mesh has snapped to the loaded nodes (the core node indices then count the loaded mesh).
+std::array<double, 4> core_region(const Session& session) {
+    const InversionMesh& mesh = session.mesh;
+    const InversionDefinition& d = session.definition;
+    if (refined(session)) return {d.mesh_min[0], d.mesh_max[0], d.mesh_min[1], d.mesh_max[1]};
+    return {mesh.x_nodes[mesh.core_x_first], mesh.x_nodes[mesh.core_x_last], mesh.y_nodes[mesh.core_y_first],
+            mesh.y_nodes[mesh.core_y_last]};
+}
+
 std::string total_cells_text(const Session& session) {
     return format_picture(session.mesh.nx, "0") + "," + format_picture(session.mesh.ny, "0");
 }
@@ -77,10 +87,11 @@ void draw_tiling_layout(Session& session) {
         view.view_y_min = mesh.y_nodes[1];
         view.view_y_max = mesh.y_nodes[mesh.ny + 1];
     } else if (region == 1) {
-        view.view_x_min = mesh.x_nodes[mesh.core_x_first];
-        view.view_x_max = mesh.x_nodes[mesh.core_x_last];
-        view.view_y_min = mesh.y_nodes[mesh.core_y_first];
-        view.view_y_max = mesh.y_nodes[mesh.core_y_last];
+        const std::array<double, 4> core = core_region(session);
+        view.view_x_min = core[0];
+        view.view_x_max = core[1];
+        view.view_y_min = core[2];
+        view.view_y_max = core[3];
     } else {
         view.view_x_min = d.mesh_min[0];
         view.view_x_max = d.mesh_max[0];
@@ -112,9 +123,8 @@ void draw_tiling_layout(Session& session) {
     add_line(view, right, left, bottom, bottom, view_colour_default, 1, LineStyle::solid);
     add_line(view, left, left, bottom, top, view_colour_default, 1, LineStyle::solid);
 
-    draw_mesh_rectangle(view, mesh.x_nodes[mesh.core_x_first], mesh.x_nodes[mesh.core_x_last],
-                        mesh.y_nodes[mesh.core_y_first], mesh.y_nodes[mesh.core_y_last], view_colour_red,
-                        LineStyle::dotted);
+    const std::array<double, 4> core = core_region(session);
+    draw_mesh_rectangle(view, core[0], core[1], core[2], core[3], view_colour_red, LineStyle::dotted);
     const int x_tiles = d.number_of_x_tiles, y_tiles = d.number_of_y_tiles;
     if (!refined(session) || x_tiles < 1 || y_tiles < 1) {
         draw_mesh_rectangle(view, d.mesh_min[0], d.mesh_max[0], d.mesh_min[1], d.mesh_max[1], view_colour_red,
@@ -222,6 +232,23 @@ void tiling_check_do_tile(Session& session) {
     const int value = session.form.checked("Check_do_tile") ? 1 : 0;
     if (mark != value) mark = value;
     draw_tiling_layout(session);
+}
+
+bool switch_tile_off(Session& session, int i, int j) {
+    if (!tile_inside_counts(session, i, j)) return false;
+    TilingView& view = session.tiling_view;
+    const bool choice = view.tile_choice;
+    view.tile_choice = true;
+    view.hover_tile_x = i;
+    view.hover_tile_y = j;
+    tiling_mouse_up(session);
+    const bool updating = session.form.updating_form;
+    session.form.updating_form = true;
+    session.form.set_checked("Check_do_tile", true);
+    session.form.updating_form = updating;
+    tiling_check_do_tile(session);
+    view.tile_choice = choice;
+    return true;
 }
 
 bool tiling_spin(Session& session, int index, bool up) {

@@ -67,6 +67,10 @@ void tiling_mouse_up(Session& session);
 /// Check_do_tile was clicked: the chosen tile takes the box's value as its mark, and the view is
 /// drawn again.
 void tiling_check_do_tile(Session& session);
+/// A tile switched off as the person does it: the pointer over tile (i, j) (x and y tile numbers from
+/// 1), the button up, then the "Skip Tile" box ticked. False when the tile is outside the layout.
+bool switch_tile_off(Session& session, int i, int j);
+
 /// UpDown_clip(index) down (`up` false) or up: moves a mesh limit by a step of cells (the loaded
 /// mesh's cell in refinement mode), or in refinement mode changes the tile overlap (10 and 11).
 /// Returns true when the overlay's view is to be drawn again (indices 0 to 3, 10 and 11).

@@ -1,12 +1,14 @@
 // tests/cli/refine_test.cpp - `invsetup create --mesh --model --skip-tile`: a 2 x 2 tiled refinement of
 // a 6 x 6 x 6 mesh of 100 m cells (50 m deep) with 50 m cells (25 m deep) over its middle, one tile
-// switched off; every file of every tile folder against the files worked out for it.
+// switched off; every file of every tile folder against the files worked out for it; and the plan of
+// that layout as a picture.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <set>
 #include <string>
 
+#include "grids/plan_raster.h"
 #include "test_support.h"
 
 namespace {
@@ -138,6 +140,30 @@ TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
     EXPECT_EQ(read_file_bytes(dir.path() / "run" / "iter_all.bat"),
               "rem Num data 6\r\ncall tile0202.bat\r\nrem Num data 6\r\nrem call tile0102.bat\r\n\r\n"
               "rem Num data 6\r\ncall tile0201.bat\r\nrem Num data 6\r\ncall tile0101.bat\r\n\r\n");
+}
+
+}  // namespace
+
+
+namespace {
+
+TEST(PlanCommand, WritesTheTilingLayoutAsAPicture) {
+    TempDir dir;
+    const fs::path fixture = test_data("refine") / "ubc";
+    const CliRun run = run_cli("plan " + quoted(fixture / "refine.inp") + " --mesh " + quoted(fixture / "coarse.msh") +
+                               " --skip-tile 2,1 --width 600 --height 500 -o " + quoted(dir.path() / "plan.png"));
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_NE(run.out.find("Lines: 30\nTiles: 2 x 2\n"), std::string::npos) << run.out;
+    invsetup::RgbaImage image;
+    ASSERT_EQ(invsetup::read_png(dir.path() / "plan.png", image), 0);
+    ASSERT_EQ(image.width, 600);
+    ASSERT_EQ(image.height, 500);
+    // The frame, tile 1's outer end in blue, the cross of the switched-off tile in red, white outside.
+    EXPECT_EQ(image.at(60, 250), (invsetup::Rgba{0, 0, 0, 255}));
+    EXPECT_EQ(image.at(340, 300), (invsetup::Rgba{0, 0, 255, 255}));
+    EXPECT_EQ(image.at(360, 330), (invsetup::Rgba{255, 0, 0, 255}));
+    EXPECT_EQ(image.at(20, 20), (invsetup::Rgba{255, 255, 255, 255}));
+    EXPECT_EQ(run_cli("plan " + quoted(fixture / "refine.inp") + " --skip-tile 1,1 -o x.png").exit_code, 2);
 }
 
 }  // namespace
