@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -67,8 +68,13 @@ public:
         if (p_ == end_) return false;
         const char* start = p_;
         while (p_ < end_ && !separator(*p_)) ++p_;
-        const auto [rest, error] = std::from_chars(start, p_, value);
-        if (error != std::errc() || rest != p_) value = static_cast<float>(parse_number_prefix(std::string_view(start, static_cast<std::size_t>(p_ - start))));
+        if (plain_decimal(start, p_, value)) return true;
+        // Numbers are read as double reals and kept as single ones.
+        double wide = 0;
+        const auto [rest, error] = std::from_chars(start, p_, wide);
+        if (error != std::errc() || rest != p_)
+            wide = parse_number_prefix(std::string_view(start, static_cast<std::size_t>(p_ - start)));
+        value = static_cast<float>(wide);
         return true;
     }
     /// The rest of the current line, for the layered form's first line.
@@ -82,6 +88,31 @@ public:
     }
 
 private:
+    /// The common token of a model file, a sign, up to 15 digits and a decimal point, turned exactly
+    /// into its double real (the digits and the power of ten are both exact). False for anything else.
+    static bool plain_decimal(const char* p, const char* end, float& value) {
+        static constexpr double powers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8,
+                                            1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+        const bool negative = p < end && *p == '-';
+        if (negative) ++p;
+        std::uint64_t digits = 0;
+        int count = 0, decimals = -1;
+        for (; p < end; ++p) {
+            if (*p >= '0' && *p <= '9') {
+                digits = digits * 10 + static_cast<unsigned>(*p - '0');
+                if (++count > 15) return false;
+                if (decimals >= 0) ++decimals;
+            } else if (*p == '.' && decimals < 0) {
+                decimals = 0;
+            } else {
+                return false;
+            }
+        }
+        if (count == 0) return false;
+        const double magnitude = static_cast<double>(digits) / powers[decimals < 0 ? 0 : decimals];
+        value = static_cast<float>(negative ? -magnitude : magnitude);
+        return true;
+    }
     bool separator(char c) const {
         const auto byte = static_cast<unsigned char>(c);
         return byte <= 32 || byte > 126 || (commas_ && c == ',');
