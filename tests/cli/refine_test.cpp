@@ -36,6 +36,17 @@ std::string zero_lines(int count) {
     return text;
 }
 
+/// The ubc fixture in `folder` with one line of its definition replaced.
+void copy_fixture(const fs::path& folder, const std::string& line, const std::string& replacement) {
+    const fs::path fixture = test_data("refine") / "ubc";
+    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv"}) fs::copy_file(fixture / name, folder / name);
+    std::string definition = read_file_bytes(fixture / "refine.inp");
+    const std::size_t at = definition.find(line);
+    ASSERT_NE(at, std::string::npos);
+    definition.replace(at, line.size(), replacement);
+    invsetup::testing::write_file_bytes(folder / "refine.inp", definition);
+}
+
 struct TiledRun {
     const char* fixture;
     /// The run-level files besides the expected ones: the refined model, its copy for the merge, the
@@ -126,13 +137,7 @@ namespace {
 
 TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
     TempDir dir;
-    const fs::path fixture = test_data("refine") / "ubc";
-    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv"}) fs::copy_file(fixture / name, dir.path() / name);
-    std::string definition = read_file_bytes(fixture / "refine.inp");
-    const std::size_t order = definition.find("Tile order: 0 0 0");
-    ASSERT_NE(order, std::string::npos);
-    definition.replace(order, 17, "Tile order: 1 1 1");
-    invsetup::testing::write_file_bytes(dir.path() / "refine.inp", definition);
+    copy_fixture(dir.path(), "Tile order: 0 0 0", "Tile order: 1 1 1");
     const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
                                " --mesh " + quoted(dir.path() / "coarse.msh") + " --skip-tile 2,1 --quiet");
     ASSERT_EQ(run.exit_code, 0) << run.err;
@@ -164,6 +169,64 @@ TEST(PlanCommand, WritesTheTilingLayoutAsAPicture) {
     EXPECT_EQ(image.at(360, 330), (invsetup::Rgba{255, 0, 0, 255}));
     EXPECT_EQ(image.at(20, 20), (invsetup::Rgba{255, 255, 255, 255}));
     EXPECT_EQ(run_cli("plan " + quoted(fixture / "refine.inp") + " --skip-tile 1,1 -o x.png").exit_code, 2);
+}
+
+}  // namespace
+
+namespace {
+
+
+TEST(RefinementRunExpanded, ExtractionsExpandTheInsertDoesNotAndTileModelsStayEmpty) {
+    TempDir dir;
+    copy_fixture(dir.path(), "Add mesh padding: 0 0", "Add mesh padding: 0 1");
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    const std::string batch = read_file_bytes(dir.path() / "run" / "tile0101.bat");
+    EXPECT_NE(batch.find("Vorlextract ..\\mesh ..\\coarse.sus coarse.sus 2 6 2 6 1 5 -Expand\r\n"), std::string::npos);
+    EXPECT_NE(batch.find("maginv3d.mod  2 6 2 6 1 5 -Expand ..\\mag.obs\r\n"), std::string::npos);
+    EXPECT_NE(batch.find("..\\maginv3d.sus 2 5 2 5 1 5 1 1\r\n"), std::string::npos);
+    EXPECT_EQ(read_file_bytes(dir.path() / "run" / "tile0101" / "maginv3d.sus"), "");
+    EXPECT_NE(read_file_bytes(dir.path() / "run" / "refined.sus"), "");
+}
+
+TEST(RefinementRunInHouse, TileMeshesKeepTheDrapeOfTheLoadedMesh) {
+    // The in-house example made coarse (its own run), then refined with topography: every mesh of the
+    // refinement carries the loaded mesh's drape levels and the surface.
+    TempDir dir;
+    const fs::path example = test_data("refine").parent_path().parent_path().parent_path() / "examples" / "zarninv";
+    for (const char* name : {"inversion.inp", "mag_data.csv", "topo.xyz"}) fs::copy_file(example / name, dir.path() / name);
+    ASSERT_EQ(run_cli("create " + quoted(dir.path() / "inversion.inp") + " " + quoted(dir.path() / "coarse") + " --quiet")
+                  .exit_code,
+              0);
+    std::string definition = read_file_bytes(dir.path() / "inversion.inp");
+    const auto replace = [&definition](const std::string& from, const std::string& to) {
+        const std::size_t at = definition.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        definition.replace(at, definition.find("\r\n", at) - at, to);
+    };
+    replace("Refinement Mode:", "Refinement Mode: 1");
+    replace("X Range:", "X Range: 613000 615000 25 80");
+    replace("Y Range:", "Y Range: 6452000 6454000 25 80");
+    replace("Z Range:", "Z Range: -1000 0 25 40 1.3 0");
+    replace("X tile size:", "X tile size: 60");
+    replace("Y tile size:", "Y tile size: 60");
+    replace("Tile overlap:", "Tile overlap: 8");
+    replace("Tile X/Y blend:", "Tile X/Y blend: 4");
+    replace("Tile Z blend:", "Tile Z blend: 2");
+    invsetup::testing::write_file_bytes(dir.path() / "refine.inp", definition);
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse" / "mesh") + " --model " +
+                               quoted(dir.path() / "coarse" / "model.sus") + " --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    const std::string coarse = read_file_bytes(dir.path() / "coarse" / "mesh");
+    const std::size_t drape = coarse.find("Mesh topo drape: ");
+    ASSERT_NE(drape, std::string::npos);
+    const std::string drape_line = coarse.substr(drape, coarse.find("\r\n", drape) + 2 - drape);
+    for (const char* mesh : {"mesh", "tile0101/mesh", "tile0202/mesh"}) {
+        const std::string text = read_file_bytes(dir.path() / "run" / mesh);
+        EXPECT_NE(text.find("Mesh format: 5\r\n" + drape_line + "Topography"), std::string::npos) << mesh;
+    }
 }
 
 }  // namespace
