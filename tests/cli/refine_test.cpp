@@ -230,3 +230,24 @@ TEST(RefinementRunInHouse, TileMeshesKeepTheDrapeOfTheLoadedMesh) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(RefinementRunWeighting, EachTileHasItsWeightingModelAndTheRunNone) {
+    TempDir dir;
+    copy_fixture(dir.path(), "Smoothness weighting: 0 16,8,4,2,1", "Smoothness weighting: 1 16,8");
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_FALSE(fs::exists(dir.path() / "run" / "w.dat"));
+    // Tile (2, 2): 4 x 4 outer cells, the top 4 cells and the z blend of 1.
+    std::string expected;
+    for (int n = 0; n < 16; ++n) expected += " 1 1 1 1 1\r\n";
+    for (int n = 0; n < 2 * 12; ++n) expected += " 16 8 1 1 1\r\n";
+    for (int n = 0; n < 16; ++n) expected += " 1 1 1 1\r\n";
+    EXPECT_EQ(read_file_bytes(dir.path() / "run" / "tile0202" / "w.dat"), expected);
+    const std::string input = read_file_bytes(dir.path() / "run" / "tile0202" / "maginv3d.inp");
+    EXPECT_NE(input.find("0.0001 1 1 1\r\nw.dat\r\n0\r\n"), std::string::npos) << input;
+}
+
+}  // namespace
