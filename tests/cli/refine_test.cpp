@@ -251,3 +251,23 @@ TEST(RefinementRunWeighting, EachTileHasItsWeightingModelAndTheRunNone) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(RefinementRunGravity, TileDataGoToAGrowingNameInTheRunDirectory) {
+    TempDir dir;
+    copy_fixture(dir.path(), "Inversion method: 3", "Inversion method: 2");
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    std::string name = "iter_all.bat";
+    for (int tile = 0; tile < 4; ++tile) {
+        name += ".dat";
+        EXPECT_TRUE(fs::exists(dir.path() / "run" / name)) << name;
+    }
+    EXPECT_FALSE(fs::exists(dir.path() / "run" / "tile0101" / "grav.dat"));
+    EXPECT_NE(read_file_bytes(dir.path() / "run" / "tile0101.bat").find("Vorlinsert mesh gzinv3d.den ..\\mesh ..\\gzinv3d.den "),
+              std::string::npos);
+}
+
+}  // namespace
