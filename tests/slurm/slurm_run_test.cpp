@@ -135,6 +135,40 @@ TEST_F(SlurmCluster, TiledRunRunsEveryKeptTileThenTheMerge) {
     EXPECT_FALSE(fs::exists(run / "tile0102" / "maginv3d.sus"));
 }
 
+// A tiled package as `create` writes it (a 2 x 2 refinement with tile 2,1 switched off) and its jobs
+// as `create --cluster slurm` writes them: the three kept tiles each run their whole script, the
+// merge inserts them again once the last has ended.
+TEST_F(SlurmCluster, CreatedTiledRunThroughItsSubmitScript) {
+    const fs::path fixture = test_data("refine/ubc");
+    for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv", "refine.inp"})
+        fs::copy_file(fixture / name, dir.path() / name);
+    const fs::path run = dir.path() / "run";
+    const testing::CliRun created = testing::run_cli(
+        "create --quiet " + testing::quoted(dir.path() / "refine.inp") + " " + testing::quoted(run) + " --mesh " +
+        testing::quoted(dir.path() / "coarse.msh") + " --model " + testing::quoted(dir.path() / "coarse.sus") +
+        " --skip-tile 2,1 --cluster slurm --cpus 1 --mem 100M --time 00:10:00");
+    ASSERT_EQ(created.exit_code, 0) << created.err;
+
+    const std::string submitted = shell("sh " + testing::quoted(run / "submit.sh"));
+    ASSERT_NE(submitted.find("(3 tiles)"), std::string::npos) << submitted;
+    ASSERT_TRUE(queue_empties()) << shell("squeue");
+
+    const std::vector<std::string> calls = lines_of(log());
+    ASSERT_EQ(calls.size(), 3 * 9 + 3u) << read_file_bytes(log());
+    for (const char* tile : {"tile0101", "tile0102", "tile0202"}) {
+        int count = 0;
+        for (std::size_t n = 0; n + 3 < calls.size(); ++n) count += calls[n].rfind(std::string(tile) + ": ", 0) == 0;
+        EXPECT_EQ(count, 9) << tile;
+        EXPECT_TRUE(fs::exists(run / tile / "error.dat")) << tile;
+    }
+    EXPECT_FALSE(fs::exists(run / "tile0201" / "error.dat"));
+    EXPECT_EQ(calls[calls.size() - 3], "tile0101: Vorlinsert mesh maginv3d.sus ../mesh ../maginv3d.sus 2 5 2 5 1 4 1 1");
+    EXPECT_EQ(calls[calls.size() - 2], "tile0102: Vorlinsert mesh maginv3d.sus ../mesh ../maginv3d.sus 2 5 6 8 1 4 1 1");
+    EXPECT_EQ(calls[calls.size() - 1], "tile0202: Vorlinsert mesh maginv3d.sus ../mesh ../maginv3d.sus 6 8 6 8 1 4 1 1");
+    const std::string merged = read_file_bytes(run / "maginv3d.sus");
+    EXPECT_EQ(merged.substr(merged.size() - 27), "tile0101\ntile0102\ntile0202\n");
+}
+
 TEST_F(SlurmCluster, PlainRunIsOneJob) {
     InversionDefinition definition;
     definition.inversion_method = method_ubc_mag_v3;
