@@ -412,7 +412,8 @@ private:
     bool check_refined_mesh_bottom() {
         if (definition_.refinement_mode != 1 || definition_.inversion_method == method_zarninv3d) return true;
         const LoadedMesh& loaded = session_.loaded_mesh;
-        if (!loaded.loaded || !loaded.has_topo || loaded.topo_min > loaded.topo_max) return true;
+        // The surface is known from the mesh's topography block or from the model read onto it.
+        if (!loaded.loaded || !(loaded.topo_min < 1e31f)) return true;
         if (static_cast<float>(definition_.mesh_min[2]) > loaded.topo_min)
             return read_.fail("The bottom of the mesh refinement must be below the bottom of the topo: " +
                               format_picture(loaded.topo_min, "0.0"));

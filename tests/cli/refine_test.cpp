@@ -271,3 +271,29 @@ TEST(RefinementRunGravity, TileDataGoToAGrowingNameInTheRunDirectory) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(RefinementRunSurface, TheModelsSurfaceBoundsTheRefinedBottom) {
+    // A binary model whose top two layers are null (not above 0): its surface lies at 100, two 50 m
+    // layers below the top, and a refinement ending at 150 stops above it.
+    TempDir dir;
+    copy_fixture(dir.path(), "Z Range: 100 200 25 4 1.3 0", "Z Range: 150 200 25 2 1.3 0");
+    std::string model = "UBC";
+    model.push_back('\x01');
+    for (int k = 1; k <= 6; ++k)
+        for (int n = 0; n < 36; ++n) {
+            const float value = k <= 2 ? -1.0f : 1.0f;
+            model.append(reinterpret_cast<const char*>(&value), sizeof value);
+        }
+    invsetup::testing::write_file_bytes(dir.path() / "coarse.bin", model);
+    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
+                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --model " +
+                               quoted(dir.path() / "coarse.bin") + " --quiet");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.err.find("The bottom of the mesh refinement must be below the bottom of the topo: 100.0"),
+              std::string::npos)
+        << run.err;
+}
+
+}  // namespace
