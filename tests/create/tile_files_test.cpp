@@ -1,10 +1,12 @@
-// tests/create/tile_files_test.cpp - the insert line of a tile: its cell range and where the blend
-// numbers go.
+// tests/create/tile_files_test.cpp - the insert line of a tile (its cell range and where the blend
+// numbers go), and the batch file of an in-house tile over two data types, worked out by hand.
 #include "create/tile_files.h"
 
 #include <gtest/gtest.h>
 
+#include "mesh/inversion_mesh.h"
 #include "mesh/tile_layout.h"
+#include "session.h"
 
 namespace invsetup {
 namespace {
@@ -38,6 +40,91 @@ TEST(TileInsertLine, BlendsStandOnlyBehindAnXyBlend) {
         EXPECT_EQ(tile_insert_line(d, tiles, 2, 1, 12), c.line);
     }
     EXPECT_EQ(tile_name(3, 12), "tile0312");
+}
+
+TEST(TileBatchLines, InHouseTileWithTwoDataTypesAndTheCoarseForwardModel) {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    // One 4 x 4 x 3 tile of 10 m cells (5 m deep, top at 0) taking the top 2 cells and a z blend of 1.
+    InversionMesh& mesh = session.mesh;
+    mesh.nx = mesh.ny = 4;
+    mesh.nz = 3;
+    mesh.size_arrays();
+    for (int i = 1; i <= 4; ++i) mesh.dx[i] = mesh.dy[i] = 10;
+    for (int k = 1; k <= 3; ++k) mesh.dz[k] = 5;
+    lay_nodes(mesh);
+    session.tiles.tile_x_limits = Array2<int>(1, 4);
+    session.tiles.tile_y_limits = Array2<int>(1, 4);
+    const int limits[] = {1, 1, 5, 5};
+    for (int k = 1; k <= 4; ++k) session.tiles.tile_x_limits(1, k) = session.tiles.tile_y_limits(1, k) = limits[k - 1];
+    InversionDefinition& d = session.definition;
+    d.inversion_method = method_zarninv3d;
+    d.data_type_count = 2;
+    d.data_types = {1, 20, -1, -1, -1, -1, -1};
+    d.sensitivity_matrix_names[0] = "a.mtx";
+    d.sensitivity_matrix_names[1] = "b.mtx";
+    d.mesh_cell_count[2] = 2;
+    d.tile_z_blend = 1;
+    d.tile_xy_blend = 0;
+    d.tile_coarse_model = 1;
+    d.use_expanded_mesh = 0;
+    d.use_cluster_controller = 0;
+    session.original_mesh_name = "/runs/coarse/mesh";
+    session.original_model_name = "/runs/coarse/model.sus";
+    RunContext context;
+    context.run_directory = "/runs/fine";
+
+    // The matrix of the coarse run isn't found, the chooser is cancelled: the warning, and "..\..\".
+    const std::vector<std::string> expected{
+        "rem Coord Boundaries: 0.00000 40.00000 0.00000 40.00000",
+        "rem Cell Boundaries: 1 5 1 5",
+        " ",
+        "cd tile0101",
+        " ",
+        " ",
+        "rem run coarse forward model and calculate residual",
+        " ",
+        " ",
+        "Zarnextract ..\\mesh ..\\refined.sus zarninv3d_tile.sus  1 4 1 4 1 3",
+        " ",
+        "copy ..\\..\\coarse\\mesh tilenull.msh",
+        "Zarnnullvol ..\\..\\coarse\\mesh ..\\..\\coarse\\model.sus tilenull.sus 0.00 40.00 0.00 40.00 -15.000 0.000",
+        " ",
+        "zarnpre3d \"..\\..\\a.mtx|..\\..\\b.mtx\" tilenull.sus mag_null.obs mag.obs MASK=0",
+        " ",
+        " ",
+        "@if not exist a.mtx goto doMTX:",
+        "@if not exist b.mtx goto doMTX:",
+        "goto skipsen:",
+        " ",
+        ":doMTX",
+        "zarnsen3d zarnsen3d.inp",
+        " ",
+        ":skipsen",
+        " ",
+        "@if exist zarninv3d.kap goto RestartInversion:",
+        "zarninv3d zarninv3d.inp",
+        "goto :FinishInversion",
+        " ",
+        ":RestartInversion",
+        " ",
+        "zarninv3d zarninv3d.restart",
+        " ",
+        ":FinishInversion",
+        " ",
+        "Zarnerror mag.obs zarninv3d.pre error.dat mesh",
+        "Zarninsert mesh zarninv3d.sus ..\\mesh ..\\zarninv3d.sus 1 4 1 4 1 3",
+        " ",
+        " ",
+        "cd ..",
+    };
+    EXPECT_EQ(tile_batch_lines(session, context, 1, 1), expected);
+    ASSERT_EQ(dialogue.file_requests.size(), 1u);
+    EXPECT_EQ(dialogue.file_requests[0].title, "Select the location of the coarse model MTX file");
+    EXPECT_EQ(dialogue.file_requests[0].filter, "MTX files|*.mtx|All files (*.*)|*.*");
+    EXPECT_EQ(dialogue.messages,
+              std::vector<std::string>{"Warning: The tiling may not work correctly if the MTX file does not exist when "
+                                       "the inversion is run"});
 }
 
 }  // namespace
