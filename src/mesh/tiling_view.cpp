@@ -7,6 +7,7 @@
 #include "mesh/tile_layout.h"
 #include "session.h"
 #include "support/numbers.h"
+#include "support/point_transform.h"
 
 namespace invsetup {
 
@@ -180,6 +181,13 @@ void tiling_pointer_move(Session& session, double px, double py) {
     view_to_mesh(view, px, py, x, y);
     view.panels[0] = format_picture(x, "0.0");
     view.panels[1] = format_picture(y, "0.0");
+    const PointTransform& transform = session.definition.coordinate_transform;
+    if (transform.active) {
+        double map_x = x, map_y = y, z = 0;
+        apply_point_transform(transform, 1, map_x, map_y, z);
+        view.panels[2] = format_picture(map_x, "0.0");
+        view.panels[3] = format_picture(map_y, "0.0");
+    }
     const int cell_x = interval_search(mesh.x_nodes, mesh.nx + 1, x);
     const int cell_y = interval_search(mesh.y_nodes, mesh.ny + 1, y);
     const std::string cells = format_picture(cell_x, "0") + "," + format_picture(cell_y, "0");

@@ -79,6 +79,15 @@ TEST_F(TilingLayout, PointerFindsTheTileAndAClickMarksIt) {
     tiling_check_do_tile(session);
     EXPECT_EQ(view.lines.size(), 28u);
 
+    // With the point transform on, the map coordinates too: here a shift of 500000, 7000000.
+    PointTransform& transform = session.definition.coordinate_transform;
+    transform.map_x0 = 500000;
+    transform.map_y0 = 7000000;
+    update_point_transform(transform);
+    tiling_pointer_move(session, 360, 330);
+    EXPECT_EQ(view.panels[2], "501375.0");
+    EXPECT_EQ(view.panels[3], "7002200.0");
+
     // Outside the tiled region: no tile, the totals, and a click keeps the chosen tile.
     tiling_pointer_move(session, 70, 20);
     EXPECT_EQ(view.hover_tile_x, 0);
