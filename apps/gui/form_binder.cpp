@@ -617,7 +617,7 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
                 for (const ListRow& row : control.rows) combo->addItem(q(row.text));
                 combo->setCurrentIndex(control.list_index);
             } else if (auto* status = qobject_cast<QStatusBar*>(w)) {
-                if (status->children().size() <= 1) {
+                if (status->findChildren<QLabel*>().isEmpty()) {
                     for (std::size_t panel = 0; panel < control.rows.size(); ++panel) {
                         auto* label = new QLabel(q(control.rows[panel].text), status);
                         label->setObjectName(QString("panel%1").arg(panel + 1));

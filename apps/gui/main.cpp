@@ -1,8 +1,10 @@
 // apps/gui/main.cpp - invsetup-gui: the desktop window. With a definition file named on the command
-// line the window starts with it read; --screenshots DIR saves a picture of each tab there and ends.
+// line the window starts with it read; --screenshots DIR saves a picture of each tab and of the
+// tiling layout there and ends.
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QEventLoop>
 #include <QTabWidget>
 #include <QTimer>
 
@@ -45,13 +47,22 @@ int main(int argc, char** argv) {
     if (parser.isSet(screenshots)) {
         const QString directory = parser.value(screenshots);
         QDir().mkpath(directory);
-        QTimer::singleShot(300, &window, [&window, directory] {
+        QTimer::singleShot(300, &window, [&window, &session, directory] {
             QTabWidget* tabs = window.tabs();
             for (int page = 0; page < tabs->count(); ++page) {
                 tabs->setCurrentIndex(page);
-                QCoreApplication::processEvents();
+                QEventLoop settle;  // pictures are drawn once their changes settle
+                QTimer::singleShot(400, &settle, &QEventLoop::quit);
+                settle.exec();
                 window.grab().save(QString("%1/tab%2.png").arg(directory).arg(page + 1));
             }
+            // The tiling layout of the mesh, as "View Mesh Layout" opens it.
+            session.form.raise_change("Command_view_tiling");
+            QCoreApplication::processEvents();
+            QEventLoop settle;  // pictures are drawn once their changes settle
+            QTimer::singleShot(500, &settle, &QEventLoop::quit);
+            settle.exec();
+            window.grab().save(QString("%1/tiling.png").arg(directory));
             QApplication::quit();
         });
     }

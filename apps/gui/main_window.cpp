@@ -18,6 +18,7 @@
 #include "picture_view.h"
 #include "qt_dialogue.h"
 #include "session.h"
+#include "tiling_overlay.h"
 #include "utility_dialogs.h"
 
 #ifdef _WIN32
@@ -47,6 +48,7 @@ MainWindow::MainWindow(Session& session, QtDialogue* qt_dialogue, QWidget* paren
     connect(binder_, &FormBinder::caption_changed, this, &QWidget::setWindowTitle);
     register_form_commands(session_, *this, commands_);
     connect_pictures();
+    overlay_ = new TilingOverlay(session_, *binder_, this);
 
     // The drive list matters only where there are drives.
     if (QWidget* drives = binder_->widget("Drive1")) {

@@ -19,6 +19,7 @@ namespace invsetup::gui {
 
 class FormBinder;
 class QtDialogue;
+class TilingOverlay;
 
 class MainWindow : public QMainWindow, public CommandHost {
     Q_OBJECT
@@ -31,6 +32,7 @@ public:
 
     FormBinder& binder() { return *binder_; }
     QTabWidget* tabs() const { return tabs_; }
+    TilingOverlay* tiling_overlay() const { return overlay_; }
 
     // CommandHost
     bool start_process(const std::filesystem::path& program, const std::filesystem::path& directory) override;
@@ -53,6 +55,7 @@ private:
     FormCommands commands_;
     FormBinder* binder_ = nullptr;
     QTabWidget* tabs_ = nullptr;
+    TilingOverlay* overlay_ = nullptr;
     std::array<std::optional<DataPicture>, 6> pictures_;
     std::unique_ptr<IgrfModel> igrf_;
     bool settings_saved_ = false;

@@ -9,6 +9,7 @@
 #include "data/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/form_load.h"
+#include "mesh/tiling_view.h"
 #include "modelfiles/mesh_file_read.h"
 #include "session.h"
 #include "support/files.h"
@@ -166,10 +167,23 @@ void set_working_directory_command(Session& session, const std::string& director
 }
 
 void spin_control(Session& session, int index, bool up) {
-    // The spin controls move the mesh limits in the tiling layout's logic.
-    (void)session;
-    (void)index;
-    (void)up;
+    if (tiling_spin(session, index, up)) display_tiling_layout(session, 1);
+}
+
+std::string spin_tip(const Session& session, int index) {
+    if (index != 10 && index != 11) return {};
+    if (session.definition.refinement_mode == 1) return "Increase/decrease the tile overlap";
+    return index == 10 ? "Shift the min and max x location" : "Shift the min and max y location";
+}
+
+void view_tiling_command(Session& session) {
+    FormModel& form = session.form;
+    session.tiling_view.tile_choice = false;
+    form.set_visible("Frame_cells", true);
+    if (display_tiling_layout(session, 0) < 0) return;
+    session.tiling_view.panels[4].clear();
+    session.tiling_view.panels[5].clear();
+    form.set_visible("Frame_tiling_layout", true);
 }
 
 void switch_inversion_mode(Session& session, int index) {
@@ -214,6 +228,10 @@ void register_form_commands(Session& session, CommandHost& host, FormCommands& s
             }
         });
     });
+    // The tiling layout is an overlay that opens on demand.
+    form.set_visible("Frame_tiling_layout", false);
+    form.on_change("Command_view_tiling", [s](int) { view_tiling_command(*s); });
+    form.on_change("Command_done_tiling_layout", [s](int) { s->form.set_visible("Frame_tiling_layout", false); });
     form.on_change("menu_read_inversion_model", [s, busy](int) {
         run_exclusive(*s, *busy, [s] { read_inversion_model_command(*s); });
     });

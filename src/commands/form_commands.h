@@ -68,8 +68,14 @@ void click_control(Session& session, std::string_view name, int index);
 void double_click_control(Session& session, std::string_view name, int index);
 void leave_control(Session& session, std::string_view name, int index);
 
-/// A click on an arrow of UpDown_clip(index): `up` or down.
+/// A click on an arrow of UpDown_clip(index): `up` or down; the tiling view is drawn again when the
+/// overlay shows the change.
 void spin_control(Session& session, int index, bool up);
+/// The tooltip of UpDown_clip(index) in the overlay: 10 and 11 shift the region in standard mode
+/// and change the tile overlap in refinement mode. Empty for the others.
+std::string spin_tip(const Session& session, int index);
+/// Command_view_tiling: the overlay with the spin controls, drawn after the definition's checks.
+void view_tiling_command(Session& session);
 
 /// menu_define_inversion_mode(index): 0 standard, 1 refinement; the menu offers the other mode.
 void switch_inversion_mode(Session& session, int index);

@@ -183,6 +183,15 @@ TEST_F(FormCommandsTest, DirectoryButtonsAndTheWorkingDirectory) {
     EXPECT_EQ(form.text("Dir1"), dir.path().string());
 }
 
+TEST_F(FormCommandsTest, TheTilingOverlayOpensOnDemandAndItsShiftArrowsSayWhatTheyDo) {
+    EXPECT_FALSE(session.form.control("Frame_tiling_layout").visible);
+    EXPECT_EQ(spin_tip(session, 10), "Shift the min and max x location");
+    EXPECT_EQ(spin_tip(session, 11), "Shift the min and max y location");
+    EXPECT_EQ(spin_tip(session, 0), "");
+    session.definition.refinement_mode = 1;
+    EXPECT_EQ(spin_tip(session, 10), "Increase/decrease the tile overlap");
+}
+
 TEST_F(FormCommandsTest, MenusSwitchTheModeCloseTheFormAndOpenChoosers) {
     FormModel& form = session.form;
     form.raise_change("menu_define_inversion_mode", 1);

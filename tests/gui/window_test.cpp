@@ -15,8 +15,13 @@
 
 #include "form_binder.h"
 #include "main_window.h"
+#include "picture_view.h"
 #include "qt_dialogue.h"
+#include "tiling_overlay.h"
 #include "utility_dialogs.h"
+
+#include <QStatusBar>
+#include <QToolButton>
 
 #include <QDateEdit>
 #include <QDoubleSpinBox>
@@ -260,6 +265,47 @@ private slots:
         QVERIFY(names->isHidden());
         QCOMPARE(box->text(), QString("y"));
         QCOMPARE(h.session.definition.data_value_columns[0], y_row);
+        h.window.close();
+    }
+
+    void the_tiling_layout_paints_the_plan_and_follows_the_pointer_and_the_spin_arrows() {
+        const testing::TempDir dir;
+        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
+            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        Harness h;
+        h.session.working_directory = dir.path();
+        h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
+        h.window.binder().action("menu_read_file", 0)->trigger();
+        h.window.resize(1200, 800);
+        h.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&h.window));
+        QVERIFY(h.window.tiling_overlay()->isHidden());
+
+        h.window.tabs()->setCurrentIndex(3);
+        QTest::mouseClick(h.as<QPushButton>("Command_view_tiling"), Qt::LeftButton);
+        QVERIFY2(h.dialogue.messages.empty(), h.dialogue.messages.empty() ? "" : h.dialogue.messages.front().c_str());
+        QVERIFY(h.window.tiling_overlay()->isVisible());
+        QVERIFY(h.session.tiling_view.lines.size() >= 8);  // the frame and the mesh limits at least
+        auto* picture = h.window.binder().picture("Picture_tiling_layout");
+        QCOMPARE(h.session.tiling_view.width, static_cast<double>(picture->width()));
+
+        // The pointer over the middle of the plan: local coordinates in the first panel.
+        QTest::mouseMove(picture, picture->rect().center());
+        emit picture->pointer_moved(picture->width() / 2.0, picture->height() / 2.0);
+        const QList<QLabel*> panels = h.as<QStatusBar>("StatusBar_coords")->findChildren<QLabel*>();
+        QVERIFY(panels.size() >= 2);
+        QVERIFY2(panels[0]->text().startsWith("5020"), qPrintable(panels[0]->text()));  // x 500000..504000
+
+        // X max down by one cell: the box and the plan follow.
+        const std::string before = h.session.form.text("Text_max_val", 0);
+        auto* spin = h.widget("UpDown_clip", 1);
+        QToolButton* down = spin->findChildren<QToolButton*>().at(1);
+        QTest::mouseClick(down, Qt::LeftButton);
+        QCOMPARE(h.session.form.text("Text_max_val", 0), std::string("503950"));
+        QVERIFY(before != h.session.form.text("Text_max_val", 0));
+
+        QTest::mouseClick(h.as<QPushButton>("Command_done_tiling_layout"), Qt::LeftButton);
+        QVERIFY(h.window.tiling_overlay()->isHidden());
         h.window.close();
     }
 
