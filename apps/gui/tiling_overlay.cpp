@@ -57,7 +57,17 @@ TilingOverlay::TilingOverlay(Session& session, FormBinder& binder, QWidget* pare
             const TilingView& view = session_.tiling_view;
             const std::string name = trim(session_.form.text("Text_image_file"));
             RgbaImage image(width, height);
-            if (name.empty() || !(view.view_x_max > view.view_x_min)) return image;
+            if (!(view.view_x_max > view.view_x_min) || !(view.view_y_max > view.view_y_min)) return image;
+            if (name.empty()) {
+                // No background grid: the readings of the observed data, where the plan puts them.
+                if (!readings_) readings_ = load_data_picture(session_, 0);
+                if (!readings_->x.empty()) {
+                    const PictureFrame frame = fit_picture_frame(view.view_x_min, view.view_x_max, view.view_y_min,
+                                                                 view.view_y_max, width, height, 10.0);
+                    paint_points(readings_->x, readings_->y, readings_->values, frame, ColourTable::spectrum(), image, 2);
+                }
+                return image;
+            }
             PictureFrame frame;
             render_grid_picture(resolve_path(session_.working_directory, name).string(), view.view_x_min,
                                 view.view_x_max, view.view_y_min, view.view_y_max, width, height, 10.0, image, frame);
@@ -101,6 +111,7 @@ void TilingOverlay::fit_to_parent() {
 }
 
 void TilingOverlay::showEvent(QShowEvent* event) {
+    readings_.reset();  // the data may have changed since the last view
     fit_to_parent();
     raise();
     for (int index : {0, 1, 2, 3, 10, 11})

@@ -3,6 +3,9 @@
 // paints it and passes the pointer on.
 #pragma once
 #include <QFrame>
+#include <optional>
+
+#include "commands/data_pictures.h"
 
 namespace invsetup {
 struct Session;
@@ -32,6 +35,8 @@ private:
     Session& session_;
     FormBinder& binder_;
     PictureView* picture_ = nullptr;
+    /// The observed readings, drawn under the plan when no background grid is named.
+    std::optional<DataPicture> readings_;
 };
 
 }  // namespace invsetup::gui
