@@ -259,7 +259,15 @@ void FormBinder::fill_container(QWidget* host, const std::string& key) {
             QWidget* w = build_cell(cell);
             grid->addWidget(w, cell.row, cell.column, cell.row_span, cell.column_span);
         }
+        // A caption's box takes the focus when the caption is clicked or its key pressed.
+        for (const LayoutCell& cell : layout->cells) {
+            if (!cell.controls.empty() || cell.names.first.empty()) continue;
+            QWidget* box = widget(cell.names.first, cell.names.second);
+            for (const QPointer<QLabel>& caption : captions_[cell.names])
+                if (caption && caption->text() == q(cell.caption) && box != nullptr) caption->setBuddy(box);
+        }
         // Captions stay narrow; the boxes take the room.
+        bool any_boxes = false;
         for (int column = 0; column < layout->column_count; ++column) {
             bool boxes = false;
             for (const LayoutCell& cell : layout->cells) {
@@ -271,7 +279,10 @@ void FormBinder::fill_container(QWidget* host, const std::string& key) {
                         kind == ControlKind::tabs || kind == ControlKind::grid_view || kind == ControlKind::progress_bar;
             }
             grid->setColumnStretch(column, boxes ? 1 : 0);
+            any_boxes = any_boxes || boxes;
         }
+        // A row of buttons and arrows only keeps together at the left.
+        if (!any_boxes) grid->setColumnStretch(layout->column_count, 1);
     } else {
         auto* columns = new QHBoxLayout(host);
         columns->setContentsMargins(8, 8, 8, 8);
