@@ -2,6 +2,7 @@
 #include "data/observed_data.h"
 
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 #include "data/location_file.h"
@@ -35,6 +36,8 @@ const std::string& ObservationList::obs_label(int n) const {
 }
 
 bool is_input_null(double value) {
+    // A value a single real can't hold (or not a number) is no reading: the files store single reals.
+    if (!(std::fabs(value) <= static_cast<double>(std::numeric_limits<float>::max()))) return true;
     return value < -1e30 || std::fabs(value + 99999) < 1 || std::fabs(value + 9999) < 0.1 ||
            std::fabs(value + 999) < 0.01;
 }
@@ -148,6 +151,10 @@ int process_point_file(Session& session, const PointTransform& working_transform
         r.x = data.locations(n, 1);
         r.y = data.locations(n, 2);
         r.z = 0;
+        if (!std::isfinite(r.x) || !std::isfinite(r.y)) {
+            ++list.left_out_null;
+            continue;
+        }
         if (has_z) {
             r.z = data.locations(n, 3);
             if (is_input_null(r.z)) {

@@ -57,7 +57,8 @@ struct ObservationList {
 /// the person who has just been told how few readings remain.
 std::string left_out_summary(const ObservationList& list, const std::string& data_file, bool grids);
 
-/// The null tests of input values: below -1e30, or within 1 of -99999, 0.1 of -9999 or 0.01 of -999.
+/// The null tests of input values: below -1e30, or within 1 of -99999, 0.1 of -9999 or 0.01 of -999;
+/// a value a single real can't hold (beyond 3.4e38, infinite, not a number) counts as null too.
 bool is_input_null(double value);
 
 /// Reads the observed data of session.definition (point file, or up to three grids and the optional

@@ -97,6 +97,16 @@ TEST_F(ProcessData, RegionalTermsApplyToTheFirstValueOnly) {
     EXPECT_EQ(bins().bin_value2(1, 1), 150.5);
 }
 
+TEST_F(ProcessData, ValuesASingleRealCantHoldAreNullsAndCounted) {
+    // 1e39 is beyond a single real and 1e309 beyond a double (read as infinite); a coordinate of
+    // 1e309 is no place either. None may reach a file as Inf.
+    session.definition.data_type_count = 2;
+    ASSERT_EQ(process("10,10,0,1e39,1\n35,10,0,1,-1e309\n60,10,1e309,1,1\n1e309,10,0,1,1\n85,10,0,3.4e38,1\n"), 0);
+    EXPECT_EQ(bins().bin_total, 1);
+    EXPECT_EQ(session.readings.left_out_null, 4);
+    EXPECT_EQ(bins().bin_used(4, 1), 1);
+}
+
 TEST_F(ProcessData, ASecondOrThirdNullValueDropsTheReadingToo) {
     session.definition.data_type_count = 3;
     ASSERT_EQ(process("10,10,0,1,2,-999\n35,10,0,1,-9999,3\n60,10,0,1,2,3\n"), 0);
