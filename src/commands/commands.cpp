@@ -9,6 +9,7 @@
 #include "definition/parameter_file.h"
 #include "form/form_load.h"
 #include "session.h"
+#include "support/files.h"
 #include "support/numbers.h"
 
 namespace invsetup {
@@ -56,6 +57,11 @@ int read_command(Session& session, int group) {
         session.working_directory = path.parent_path();
         if (group == 0) init_form_inversion_parameters(session);
 
+        if (const std::string reason = not_a_regular_file(path); !reason.empty()) {
+            session.dialogue.message_box("The definition file " + path.string() + " " + reason +
+                                         ", not a file that can be read.");
+            return -1;
+        }
         std::ifstream file(path, std::ios::binary);
         if (!file) throw std::runtime_error("the file can't be opened");
         int version = 0;

@@ -231,7 +231,12 @@ int point_extent(Session& session, int index, DataExtent& extent) {
     clear_point_transform(settings.transform);
     LocationData data;
     LocationSummary summary;
-    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0 || data.count <= 0) return -1;
+    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
+    if (data.count <= 0) {
+        session.dialogue.message_box("The data file " + settings.file.string() +
+                                     " holds no reading with numbers in the columns given: the limits were not changed.");
+        return -1;
+    }
     extent.x_min = summary.x_min;
     extent.x_max = summary.x_max;
     extent.y_min = summary.y_min;

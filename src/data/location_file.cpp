@@ -14,6 +14,7 @@
 
 #include "form/inversion_definition.h"
 #include "session.h"
+#include "support/files.h"
 #include "support/text.h"
 
 namespace invsetup {
@@ -516,6 +517,7 @@ int read_locations_file(Session& session, const LocationFileSettings& settings, 
                                          "the database to a CSV or XYZ file and select that file instead.");
             return -1;
         }
+        require_regular_file(settings.file, "data file");
         BlockLines lines(settings.file);
         if (!lines.is_open()) {
             session.dialogue.message_box("The data file could not be opened: " + file_name);

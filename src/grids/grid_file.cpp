@@ -13,6 +13,7 @@
 #include <mutex>
 #include <regex>
 
+#include "support/files.h"
 #include "support/numbers.h"
 
 namespace invsetup {
@@ -51,6 +52,7 @@ bool is_height_file(const std::string& name) { return upper_extension(name) == "
 class GridSource {
 public:
     bool open(const std::string& name, const std::vector<std::string>& open_options) {
+        if (!not_a_regular_file(name).empty()) return false;  // GDAL would read a pipe forever
         if (is_height_file(name)) return open_height_file(name);
         return open_gdal(name, open_options);
     }

@@ -15,6 +15,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/files.h"
+
 namespace invsetup {
 
 namespace {
@@ -46,6 +48,7 @@ bool read_number(std::string_view text, double& value) {
 
 // Sidecars come from every kind of system: lines may end in CR, LF or CR LF.
 std::vector<std::string> read_lines(const std::string& name) {
+    if (!not_a_regular_file(name).empty()) return {};  // a pipe or a device is no sidecar
     std::ifstream in(name, std::ios::binary);
     std::ostringstream content;
     content << in.rdbuf();

@@ -12,11 +12,14 @@
 #include "mesh/tile_layout.h"
 #include "session.h"
 #include "support/numbers.h"
+#include "support/memory.h"
 #include "support/text.h"
 
 namespace invsetup {
 
 void InversionMesh::size_arrays() {
+    // Asked before anything is taken: a mistyped limit can ask for more memory than the machine has.
+    require_mesh_memory("mesh", static_cast<double>(nx) * ny * nz);
     dx.assign(nx);
     dy.assign(ny);
     dz.assign(nz);

@@ -16,6 +16,7 @@
 
 #include "session.h"
 #include "support/files.h"
+#include "support/memory.h"
 #include "support/lines.h"
 #include "support/numbers.h"
 #include "support/text.h"
@@ -69,6 +70,9 @@ private:
 bool starts_with(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 bool contains(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
 
+/// A count of cells as the file gives it; 0 (refused as invalid) when no count of cells can be that.
+int cell_count(double value) { return value >= 0 && value <= 2147483647.0 ? to_integer(value) : 0; }
+
 void size_widths(LoadedMesh& mesh) {
     mesh.dx.assign(std::max(mesh.nx, 0));
     mesh.dy.assign(std::max(mesh.ny, 0));
@@ -97,6 +101,10 @@ int read_axis_widths(Session& session, std::istream& in, LoadedMesh& mesh, int a
             if (token.empty()) break;
             if (origin_pending) {
                 const double value = parse_number_prefix(token);
+                if (!std::isfinite(value)) {
+                    session.dialogue.message_box("The " + letter + " mesh origin is too large : " + std::string(token));
+                    return -1;
+                }
                 if (axis == 0) mesh.x0 = value;
                 if (axis == 1) mesh.y0 = value;
                 if (axis == 2) mesh.z0 = -value;
@@ -119,12 +127,21 @@ int read_axis_widths(Session& session, std::istream& in, LoadedMesh& mesh, int a
                     session.dialogue.message_box("The " + letter + " mesh cell multiple is not positive : " + repeat_text);
                     return -1;
                 }
+                if (!std::isfinite(width)) {
+                    session.dialogue.message_box("The " + letter + " mesh value is too large : " + std::string(width_text));
+                    return -1;
+                }
                 // A count that runs past the axis is cut back silently.
-                const int cells = std::min(to_integer(parse_number_prefix(repeat_text)), count - filled);
+                const double repeat = parse_number_prefix(repeat_text);
+                const int cells = repeat >= count - filled ? count - filled : to_integer(repeat);
                 for (int k = 0; k < cells; ++k) widths[++filled] = width;
                 continue;
             }
             const double value = parse_number_prefix(token);
+            if (!std::isfinite(value)) {
+                session.dialogue.message_box("The " + letter + " mesh value is too large : " + std::string(token));
+                return -1;
+            }
             if (!node_form) {
                 if (value <= 0) {
                     session.dialogue.message_box("The " + letter + " mesh value is not positive : " + std::string(token));
@@ -270,11 +287,17 @@ int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const Tw
         std::array<int, 3> counts{};
         for (int& count : counts) {
             const std::string word = next_word(line);
-            count = word.empty() ? 0 : to_integer(parse_number_prefix(word));
+            count = word.empty() ? 0 : cell_count(parse_number_prefix(word));
             if (node_form) --count;
         }
         if (counts[0] < 1 || counts[1] < 1 || counts[2] < 1) {
             session.dialogue.message_box("The number of cells in the mesh file is invalid");
+            return -1;
+        }
+        const std::string refusal =
+            mesh_memory_refusal("mesh file", static_cast<double>(counts[0]) * counts[1] * counts[2], available_memory_bytes());
+        if (!refusal.empty()) {
+            session.dialogue.message_box(refusal);
             return -1;
         }
         mesh.nx = counts[0];
@@ -287,8 +310,13 @@ int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const Tw
         if (!node_form) {
             TokenStream tokens(in);
             std::string_view token;
-            for (double* origin : {&mesh.x0, &mesh.y0, &mesh.z0})
+            for (double* origin : {&mesh.x0, &mesh.y0, &mesh.z0}) {
                 *origin = tokens.next(token) ? parse_number_prefix(token) : 0.0;
+                if (!std::isfinite(*origin)) {
+                    session.dialogue.message_box("The mesh origin is too large : " + std::string(token));
+                    return -1;
+                }
+            }
         }
         bool ended = false;
         for (int axis = 0; axis < 3 && !ended; ++axis) {
@@ -623,30 +651,31 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
         }
         if (format == 1) {
             read_nonblank_line(in, line);
-            const int north = to_integer(parse_number_prefix(next_word(line)));
-            const int east = to_integer(parse_number_prefix(next_word(line)));
-            mesh.earth_cells = to_integer(parse_number_prefix(next_word(line)));
-            mesh.sea_cells = to_integer(parse_number_prefix(next_word(line)));
-            mesh.air_cells = to_integer(parse_number_prefix(next_word(line)));
+            const int north = cell_count(parse_number_prefix(next_word(line)));
+            const int east = cell_count(parse_number_prefix(next_word(line)));
+            mesh.earth_cells = cell_count(parse_number_prefix(next_word(line)));
+            mesh.sea_cells = cell_count(parse_number_prefix(next_word(line)));
+            mesh.air_cells = cell_count(parse_number_prefix(next_word(line)));
             mesh.ny = north;
             mesh.nx = east;
-            mesh.nz = mesh.earth_cells + mesh.sea_cells + mesh.air_cells;
+            const double layers = static_cast<double>(mesh.earth_cells) + mesh.sea_cells + mesh.air_cells;
+            mesh.nz = layers <= 2147483647.0 ? static_cast<int>(layers) : 0;
         } else {
             bool swap_xy = false;
             if (!ask_inversion_file_options(session, swap_xy)) {
                 session.dialogue.message_box("The inversion input has been cancelled");
                 return -1;
             }
-            const int first = to_integer(first_count);
-            const int second = to_integer(second_count);
+            const int first = cell_count(first_count);
+            const int second = cell_count(second_count);
             mesh.nx = (swap_xy ? second : first) - 1;
             mesh.ny = (swap_xy ? first : second) - 1;
             mesh.nz = 10;
         }
     } else if (numeric == 3) {
-        mesh.nx = to_integer(fields[1]);
-        mesh.ny = to_integer(fields[2]);
-        mesh.nz = to_integer(fields[3]);
+        mesh.nx = cell_count(fields[1]);
+        mesh.ny = cell_count(fields[2]);
+        mesh.nz = cell_count(fields[3]);
     } else {
         format = -100;
     }
@@ -655,6 +684,13 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
     if (format != -100) {
         if (mesh.nx < 1 || mesh.ny < 1 || mesh.nz < 1) {
             session.dialogue.message_box("The number of cells in the mesh file is invalid");
+            return -1;
+        }
+        // Asked before the widths are taken: a line of a few bytes can claim a billion cells.
+        const std::string refusal = mesh_memory_refusal(
+            "mesh file", static_cast<double>(mesh.nx) * mesh.ny * mesh.nz, available_memory_bytes());
+        if (!refusal.empty()) {
+            session.dialogue.message_box(refusal);
             return -1;
         }
         size_widths(mesh);
@@ -697,6 +733,7 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
 int read_mesh_file(Session& session, const std::string& file_name, int model_kind) {
     LoadedMesh& mesh = session.loaded_mesh;
     try {
+        require_regular_file(native_path(file_name), "mesh file");
         std::ifstream in(native_path(file_name), std::ios::binary);
         if (!in) throw std::runtime_error("cannot open " + file_name);
         const int status = read_mesh_stream(session, in, mesh, model_kind);

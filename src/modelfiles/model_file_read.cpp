@@ -39,6 +39,7 @@ struct ReadStopped {};
 class FileBytes {
 public:
     explicit FileBytes(const std::string& file_name) {
+        require_regular_file(native_path(file_name), "model file");
         std::FILE* file = std::fopen(native_path(file_name).c_str(), "rb");
         if (!file) throw std::runtime_error("cannot open " + file_name);
         std::unique_ptr<std::FILE, int (*)(std::FILE*)> closer(file, std::fclose);

@@ -92,6 +92,23 @@ std::string directory_of(std::string_view path) {
     return cut == std::string_view::npos ? std::string() : std::string(path.substr(0, cut));
 }
 
+std::string not_a_regular_file(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (error || !std::filesystem::exists(status) || std::filesystem::is_regular_file(status)) return "";
+    if (std::filesystem::is_directory(status)) return "is a folder";
+    if (std::filesystem::is_fifo(status)) return "is a pipe";
+    if (std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status)) return "is a device";
+    return "is not a regular file";
+}
+
+void require_regular_file(const std::filesystem::path& path, std::string_view what) {
+    const std::string reason = not_a_regular_file(path);
+    if (!reason.empty())
+        throw std::runtime_error("The " + std::string(what) + " " + path.string() + " " + reason +
+                                 ", not a file that can be read.");
+}
+
 bool directory_exists(const std::string& path) {
     if (trim(path).empty()) return false;
     std::error_code error;

@@ -17,6 +17,13 @@ std::string file_extension(std::string_view path);
 /// The directory part, without the closing separator; "" for a bare name.
 std::string directory_of(std::string_view path);
 bool directory_exists(const std::string& path);
+/// Why `path` can't be read as a file, or "" when it is a regular file or doesn't exist (opening
+/// it then says so): "is a folder", "is a pipe", "is a device", "is not a regular file". A pipe or a
+/// device could be read forever, so every reader asks before it opens.
+std::string not_a_regular_file(const std::filesystem::path& path);
+/// Throws std::runtime_error("The <what> <path> <reason>, not a file that can be read.") when
+/// not_a_regular_file has a reason.
+void require_regular_file(const std::filesystem::path& path, std::string_view what);
 /// Makes a directory with its parents; "\" and "/" both separate. Throws std::runtime_error
 /// naming the path on failure.
 void make_directory_path(const std::string& path);

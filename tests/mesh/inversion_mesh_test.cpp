@@ -122,3 +122,21 @@ TEST_F(NormalMesh, CountNotPositiveFailsSilentlyAndKeepsTheOldMesh) {
 
 }  // namespace
 }  // namespace invsetup
+
+namespace invsetup {
+
+TEST(InversionMeshSize, AMeshBeyondTheMachineIsRefusedBeforeItsTablesAreTaken) {
+    InversionMesh mesh;
+    mesh.nx = 100000;
+    mesh.ny = 100000;
+    mesh.nz = 1000;
+    try {
+        mesh.size_arrays();
+        ADD_FAILURE() << "ten trillion cells were taken";
+    } catch (const std::runtime_error& fault) {
+        EXPECT_EQ(std::string(fault.what()).rfind("The mesh has 10,000,000,000,000 cells, 40 TB for one model", 0), 0u);
+    }
+    EXPECT_EQ(mesh.dx.size(), 0);
+}
+
+}  // namespace invsetup

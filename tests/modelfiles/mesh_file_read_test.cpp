@@ -128,9 +128,37 @@ TEST_F(MeshRead, FileEndingInsideTheWidthsReportsTheFirstMissingCell) {
     EXPECT_EQ(dialogue.messages, std::vector<std::string>{"Bad z cell 2 0.00"});
 }
 
-TEST_F(MeshRead, CountsBelowOneAreInvalid) {
-    EXPECT_EQ(read_text("0 1 1\n0 0 0\n"), -1);
-    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"The number of cells in the mesh file is invalid"});
+TEST_F(MeshRead, DamagedFilesAreRefusedWithTheirReasonBeforeAnythingIsTaken) {
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"0 1 1\n0 0 0\n", "The number of cells in the mesh file is invalid"},
+        {"1e10 1 1\n0 0 0\n", "The number of cells in the mesh file is invalid"},
+        {"-5 1 1\n0 0 0\n", "The number of cells in the mesh file is invalid"},
+        // Five lines can't describe a billion widths each way, and no machine holds the model.
+        {"1000000000 1000 1000\n0 0 0\n1e9*10\n1000*10\n1000*10\n",
+         "The mesh file has 1,000,000,000,000,000 cells, 4.0 PB for one model; the files can count at most "
+         "2,147,483,647 cells."},
+        {"2 1 1\n0 0 0\n10 1e309\n10\n10\n", "The x mesh value is too large : 1e309"},
+        {"2 1 1\n0 0 0\n10 10\n2*1e309\n10\n", "The y mesh value is too large : 1e309"},
+        {"2 1 1\n1e309 0 0\n10 10\n10\n10\n", "The mesh origin is too large : 1e309"},
+        {"3 1 1\n0 0 0\n1e12*10\n10\n10\n", ""},  // a repeat past the axis is cut back
+    };
+    for (const auto& c : cases) {
+        dialogue.messages.clear();
+        const int status = read_text(c.text);
+        SCOPED_TRACE(c.text);
+        if (*c.message == 0) {
+            EXPECT_EQ(status, 0);
+            EXPECT_TRUE(dialogue.messages.empty());
+            continue;
+        }
+        EXPECT_EQ(status, -1);
+        ASSERT_EQ(dialogue.messages.size(), 1u);
+        EXPECT_EQ(dialogue.messages[0].substr(0, std::string(c.message).size()), c.message);
+        EXPECT_FALSE(mesh.loaded);
+    }
 }
 
 TEST_F(MeshRead, NodeCoordinateForm) {
@@ -218,10 +246,21 @@ TEST_F(MeshRead, VoxetAndVtkAreTurnedAwaySilently) {
     EXPECT_FALSE(mesh.loaded);
 }
 
-TEST_F(MeshRead, MissingFileIsReportedByTheTrap) {
-    EXPECT_EQ(read_mesh_file(session, (dir.path() / "none.msh").string()), -1);
-    ASSERT_EQ(dialogue.messages.size(), 1u);
-    EXPECT_EQ(dialogue.messages[0].rfind("An error occurred while reading the mesh file : \n", 0), 0u);
+TEST_F(MeshRead, FilesThatCantBeReadAreReportedByTheTrap) {
+    // A folder or a device is refused before it is opened: /dev/zero would be read forever.
+    const struct {
+        std::string path;
+        std::string reason;
+    } cases[] = {{(dir.path() / "none.msh").string(), "cannot open"},
+                 {dir.path().string(), "is a folder, not a file that can be read."},
+                 {"/dev/zero", "is a device, not a file that can be read."}};
+    for (const auto& c : cases) {
+        dialogue.messages.clear();
+        EXPECT_EQ(read_mesh_file(session, c.path), -1);
+        ASSERT_EQ(dialogue.messages.size(), 1u);
+        EXPECT_EQ(dialogue.messages[0].rfind("An error occurred while reading the mesh file : \n", 0), 0u);
+        EXPECT_NE(dialogue.messages[0].find(c.reason), std::string::npos) << dialogue.messages[0];
+    }
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <stdexcept>
 
 #include "support/dialogue.h"
@@ -118,4 +120,24 @@ TEST_F(LocateFile, CancelThenYesGivesUpAndNoGoesOn) {
     dialogue.answer_yes = false;
     EXPECT_EQ(locate_file(dialogue, memory, root(), "", name, ""), 1);
     EXPECT_EQ(name, "D:\\old\\model");
+}
+
+TEST(RegularFiles, OnlyARegularFileOrANameNotThereIsReadable) {
+    TempDir dir;
+    write_file_bytes(dir.path() / "a.inp", "x");
+    const std::filesystem::path pipe = dir.path() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const struct {
+        std::filesystem::path path;
+        const char* reason;
+    } cases[] = {{dir.path() / "a.inp", ""}, {dir.path() / "none.inp", ""}, {dir.path(), "is a folder"},
+                 {pipe, "is a pipe"}, {"/dev/zero", "is a device"}};
+    for (const auto& c : cases) EXPECT_EQ(not_a_regular_file(c.path), c.reason) << c.path;
+    EXPECT_NO_THROW(require_regular_file(dir.path() / "a.inp", "mesh file"));
+    try {
+        require_regular_file(pipe, "mesh file");
+        ADD_FAILURE() << "a pipe was accepted";
+    } catch (const std::runtime_error& fault) {
+        EXPECT_EQ(std::string(fault.what()), "The mesh file " + pipe.string() + " is a pipe, not a file that can be read.");
+    }
 }
