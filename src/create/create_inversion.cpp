@@ -1,9 +1,13 @@
 // src/create/create_inversion.cpp - the create driver: the stages of a run package in their fixed order.
 #include "create/create_inversion.h"
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "create/batch_files.h"
 #include "create/inversion_input.h"
@@ -405,6 +409,53 @@ private:
 };
 
 
+/// The files under a run directory with their times of writing, by their names within it.
+using FileTimes = std::map<std::string, std::filesystem::file_time_type>;
+
+FileTimes files_in(const std::filesystem::path& directory) {
+    FileTimes files;
+    std::error_code fault;
+    std::filesystem::recursive_directory_iterator walk(directory, fault), end;
+    for (; !fault && walk != end; walk.increment(fault)) {
+        if (!walk->is_regular_file(fault)) continue;
+        files[walk->path().lexically_relative(directory).generic_string()] = walk->last_write_time(fault);
+    }
+    return files;
+}
+
+/// Files of an earlier run that this run left as they were: neither written now nor named by the
+/// definition as one of its inputs (a data file kept in the run directory), nor a definition file.
+std::vector<std::string> files_not_written(const FileTimes& before, const std::filesystem::path& directory,
+                                           const InversionDefinition& definition) {
+    const FileTimes after = files_in(directory);
+    std::vector<std::string> left;
+    for (const auto& [name, time] : before) {
+        const auto now = after.find(name);
+        if (now == after.end() || now->second != time) continue;
+        const std::filesystem::path path = directory / name;
+        if (iequals(path.extension().string(), ".inp")) continue;
+        std::error_code fault;
+        const bool input = std::any_of(definition.data_file_names.begin(), definition.data_file_names.end(),
+                                       [&](const std::string& input_name) {
+                                           return !trim(input_name).empty() &&
+                                                  std::filesystem::equivalent(path, native_path(trim(input_name)), fault);
+                                       });
+        if (!input) left.push_back(name);
+    }
+    return left;
+}
+
+std::string left_files_warning(const std::filesystem::path& directory, const std::vector<std::string>& names) {
+    std::string list;
+    const std::size_t shown = std::min<std::size_t>(names.size(), 10);
+    for (std::size_t i = 0; i < shown; ++i) list += (i > 0 ? ", " : "") + names[i];
+    if (names.size() > shown) list += " and " + format_picture(static_cast<int>(names.size() - shown), "0") + " more";
+    return "The run folder " + directory.string() + " also holds " +
+           (names.size() == 1 ? "a file" : format_picture(static_cast<int>(names.size()), "0") + " files") +
+           " that this run did not write: " + list +
+           ". They were left as they were; the inversion may read them as if they were part of this run.";
+}
+
 /// What one creation sized is given back when it ends.
 void release_creation(Session& session) {
     session.bins.size_bins(1, 1);
@@ -426,19 +477,32 @@ WholeDataFileNames::~WholeDataFileNames() { names_ = kept_; }
 
 int create_inversion(Session& session, const std::filesystem::path& run_directory, int create_mode) {
     try {
+        // Update and variation runs expect the files of the earlier run beside them.
+        const bool new_run = create_mode == 0;
+        const FileTimes earlier = new_run ? files_in(run_directory) : FileTimes{};
+        std::vector<std::string> left;
         {
             WholeDataFileNames whole_names(session);
             Driver(session, run_directory, create_mode).run();
+            if (new_run) left = files_not_written(earlier, run_directory, session.definition);
         }
         append_progress(session, inversion_complete_text);
         session.dialogue.message_box(std::string(output_complete_text));
+        if (!left.empty()) session.dialogue.message_box(left_files_warning(run_directory, left));
         release_creation(session);
         session.form.set_visible("Frame_progress", false);
         return 0;
     } catch (const std::exception& fault) {
         session.form.set_visible("Frame_progress", false);
         session.form.set_visible("ProgressBar_load_ubc_model", false);
-        session.dialogue.message_box(std::string(create_failure_text) + fault.what());
+        // A stage that stopped has told why; the trap still ends with the stage it stopped in.
+        std::string reason = trim(fault.what());
+        if (reason.empty()) {
+            const std::string stage = trim(session.form.control("Label_progress").caption);
+            reason = stage.empty() ? "the creation stopped before its first stage"
+                                   : "the creation stopped at the stage \"" + stage + "\"";
+        }
+        session.dialogue.message_box(std::string(create_failure_text) + reason);
         return -1;
     }
 }

@@ -2,12 +2,15 @@
 #include "definition/definition_checks.h"
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
+#include <limits>
 #include <string>
 #include <string_view>
 
 #include "grids/grid_file.h"
 #include "mesh/inversion_mesh.h"
+#include "mesh/mesh_definition.h"
 #include "session.h"
 #include "support/files.h"
 #include "support/numbers.h"
@@ -114,13 +117,41 @@ private:
         static constexpr const char* axes[] = {"x", "y", "z"};
         for (std::size_t i = 0; i < 3; ++i) {
             const std::string axis = axes[i];
+            if (!std::isfinite(definition_.mesh_min[i]) || !std::isfinite(definition_.mesh_max[i]))
+                return read_.fail("The " + axis + " mesh limits are too large: " +
+                                  general_number_text(definition_.mesh_min[i]) + " to " +
+                                  general_number_text(definition_.mesh_max[i]));
             if (!(definition_.mesh_min[i] < definition_.mesh_max[i]))
                 return read_.fail("Min " + axis + " mesh must be less than max");
+            if (!std::isfinite(definition_.mesh_cell_size[i]))
+                return read_.fail("The " + axis + " mesh cell size is too large: " +
+                                  general_number_text(definition_.mesh_cell_size[i]));
             if (definition_.mesh_cell_size[i] <= 0) return read_.fail("Mesh " + axis + " cell size must be positive");
             if (definition_.mesh_cell_count[i] < 1) return read_.fail("Mesh " + axis + " must have more than one cell");
         }
         definition_.padding_multipliers[0] = read_.text("Text_padding_multipliers", 0);
         definition_.padding_multipliers[1] = read_.text("Text_padding_multipliers", 1);
+        if (definition_.add_mesh_padding == 1)
+            return check_padding_list(definition_.padding_multipliers[0], "X/Y padding") &&
+                   check_padding_list(definition_.padding_multipliers[1], "Z padding");
+        return true;
+    }
+
+    /// A padding list: at most 16 multipliers, each a number above 0 that a single real holds.
+    bool check_padding_list(const std::string& text, const std::string& list) {
+        int count = 0;
+        std::vector<std::string> items;
+        if (parse_number_list(session_.dialogue, true, text, count, items) != 0)
+            return read_.fail("The " + list + " item " + format_picture(count + 1, "0") + " is not a number above 0: \"" +
+                              trim(items.at(static_cast<std::size_t>(count))) + "\"");
+        if (count > max_padding_items)
+            return read_.fail("The " + list + " has " + format_picture(count, "0") + " items; it can have at most " +
+                              format_picture(max_padding_items, "0"));
+        for (int i = 0; i < count; ++i) {
+            const std::string item = trim(items[static_cast<std::size_t>(i)]);
+            if (!(parse_number_prefix(item) <= std::numeric_limits<float>::max()))
+                return read_.fail("The " + list + " item " + format_picture(i + 1, "0") + " is too large: \"" + item + "\"");
+        }
         return true;
     }
 
@@ -464,6 +495,15 @@ bool check_columns(Session& session, int index) {
         last_column = std::max({last_column, definition.data_value_columns[0], definition.line_column,
                                 definition.extra_value_column});
     }
+    // A line of the reader holds at most 10240 characters, so at most 5121 fields.
+    constexpr int most_fields = 5121;
+    const int highest_column =
+        index == 0 ? std::max({last_column, definition.data_value_columns[1], definition.data_value_columns[2]})
+                   : last_column;
+    if (highest_column > most_fields)
+        return read.fail(std::string("The column ") + format_picture(highest_column, "0") + " of the " +
+                         (index > 0 ? "topo" : "observed") + " data file is beyond the " +
+                         format_picture(most_fields, "0") + " fields a line can have");
     definition.data_last_columns.at(slot) = last_column;
     if (last_column < 3)
         return read.fail(index > 0 ? "There are not enough distinct fields for the topo data file"

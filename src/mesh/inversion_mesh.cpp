@@ -71,7 +71,8 @@ namespace {
 /// One padding list as numbers. A list that fails to parse leaves no padding on its axis.
 void decode_padding_list(Session& session, const std::string& text, int& count, std::vector<std::string>& items,
                          std::array<float, max_padding_items + 1>& multipliers, float& sum) {
-    const int status = parse_number_list(session.dialogue, false, text, count, items);
+    // The definition checks have told of a bad list; here it only leaves its axis without padding.
+    const int status = parse_number_list(session.dialogue, true, text, count, items);
     if (status != 0 || count <= 0) {
         count = 0;
         sum = 0;

@@ -82,7 +82,8 @@ TEST_F(CreateCommandLine, FailuresExitOneWithTheirMessage) {
     run = run_cli("create --quiet " + quoted(survey / "inversion.inp") + " " + quoted(dir.path() / "run"));
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(run.err, "The topo data file did not contain enough data points to be meaningful\n"
-                       "An error occurred while generating the inversion files: \n");
+                       "An error occurred while generating the inversion files: the creation stopped at the stage "
+                       "\"Generate topo data\"\n");
     EXPECT_TRUE(fs::exists(dir.path() / "run" / "maginv3d.inp"));
     EXPECT_FALSE(fs::exists(dir.path() / "run" / "mesh"));
 }

@@ -195,6 +195,23 @@ TEST_F(CreateInversion, UpdateModeRewritesInputFilesOnly) {
     EXPECT_NE(read_file_bytes(run / "maginv3d.inp"), "older\r\n");
 }
 
+TEST_F(CreateInversion, ANewRunWarnsOfAnEarlierRunsFilesItLeftButAnUpdateDoesNot) {
+    load(tiny_definition(), "run1");
+    ASSERT_EQ(create_command(session, 0), 0) << last_message();
+    const fs::path run = runs / "run1";
+    write_file_bytes(run / "mag.ref", "older\r\n");
+    fs::create_directories(run / "sens");
+    write_file_bytes(run / "sens" / "old.mtx", "older");
+    ASSERT_EQ(create_command(session, 0), 0) << last_message();
+    EXPECT_EQ(dialogue.messages.back(),
+              "The run folder " + run.string() + " also holds 2 files that this run did not write: mag.ref, "
+              "sens/old.mtx. They were left as they were; the inversion may read them as if they were part of this run.");
+    EXPECT_EQ(read_file_bytes(run / "mag.ref"), "older\r\n");
+    dialogue.messages.clear();
+    ASSERT_EQ(create_command(session, 1), 0) << last_message();
+    EXPECT_EQ(dialogue.messages.back(), "Output complete");
+}
+
 TEST_F(CreateInversion, VariationRunsWriteIntoASubdirectory) {
     load(tiny_definition(), "run1");
     ASSERT_EQ(create_command(session, 0), 0) << last_message();
@@ -288,7 +305,8 @@ TEST_F(CreateInversion, TopographyWithoutPointsFailsAfterTheInputFiles) {
     write_file_bytes(work / "topo.csv", "x,y,z\r\nnot,a,point\r\n");
     load(tiny_definition(), "run1");
     EXPECT_EQ(create_command(session, 0), -1);
-    EXPECT_EQ(dialogue.messages.back(), "An error occurred while generating the inversion files: ");
+    EXPECT_EQ(dialogue.messages.back(), "An error occurred while generating the inversion files: the creation stopped "
+                                        "at the stage \"Generate topo data\"");
     const std::set<std::string> files = listing(runs / "run1");
     EXPECT_TRUE(files.count("maginv3d.inp"));
     EXPECT_TRUE(files.count("run_inversion.bat"));

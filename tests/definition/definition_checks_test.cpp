@@ -99,16 +99,34 @@ TEST_F(DefinitionChecks, DataTypeNamesFollowTheCodes) {
     EXPECT_EQ(d.data_type_count, 1);
 }
 
-TEST_F(DefinitionChecks, MeshIsCheckedAxisByAxis) {
-    InversionDefinition& d = session.definition;
-    d.mesh_cell_count[0] = 0;
-    d.mesh_min[1] = 100;
-    EXPECT_EQ(failure(), Messages{"Mesh x must have more than one cell"});
-    d.mesh_cell_count[0] = 10;
-    EXPECT_EQ(failure(), Messages{"Min y mesh must be less than max"});
-    d.mesh_min[1] = 0;
-    d.mesh_cell_size[2] = 0;
-    EXPECT_EQ(failure(), Messages{"Mesh z cell size must be positive"});
+TEST_F(DefinitionChecks, DamagedMeshFieldsAreRefusedNamingTheAxisOrList) {
+    // Each row damages one field of the good definition and names the one message it must give.
+    const struct {
+        void (*damage)(InversionDefinition&);
+        const char* padding[2];
+        const char* message;
+    } cases[] = {
+        {[](InversionDefinition& d) { d.mesh_cell_count[0] = 0; }, {}, "Mesh x must have more than one cell"},
+        {[](InversionDefinition& d) { d.mesh_cell_count[1] = -5; }, {}, "Mesh y must have more than one cell"},
+        {[](InversionDefinition& d) { d.mesh_min[1] = 100; }, {}, "Min y mesh must be less than max"},
+        {[](InversionDefinition& d) { d.mesh_cell_size[2] = 0; }, {}, "Mesh z cell size must be positive"},
+        {[](InversionDefinition& d) { d.mesh_cell_size[0] = -10; }, {}, "Mesh x cell size must be positive"},
+        {[](InversionDefinition& d) { d.mesh_max[0] = 1e309; }, {}, "The x mesh limits are too large: 0 to Inf"},
+        {[](InversionDefinition& d) { d.mesh_cell_size[1] = 1e309; }, {}, "The y mesh cell size is too large: Inf"},
+        {nullptr, {"1,x", "1"}, "The X/Y padding item 2 is not a number above 0: \"x\""},
+        {nullptr, {"1,2", "1,-3"}, "The Z padding item 2 is not a number above 0: \"-3\""},
+        {nullptr, {"1,1e309", "1"}, "The X/Y padding item 2 is too large: \"1e309\""},
+        {nullptr, {"1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1", "1"}, "The X/Y padding has 17 items; it can have at most 16"},
+    };
+    const InversionDefinition good = session.definition;
+    for (const auto& c : cases) {
+        session.definition = good;
+        if (c.damage) c.damage(session.definition);
+        session.definition.add_mesh_padding = c.padding[0] ? 1 : 0;
+        set("Text_padding_multipliers", c.padding[0] ? c.padding[0] : "", 0);
+        set("Text_padding_multipliers", c.padding[1] ? c.padding[1] : "", 1);
+        EXPECT_EQ(failure(), Messages{c.message});
+    }
 }
 
 TEST_F(DefinitionChecks, RegionalAndErrorsComeBeforeTheDataFiles) {
@@ -157,6 +175,10 @@ TEST_F(DefinitionChecks, ColumnDefinitionsOfThePointFile) {
     set("Text_UBC_locations_valcount", "x");
     EXPECT_EQ(failure(), Messages{"The nuber of values per cell is not numeric"});
     set("Text_UBC_locations_valcount", "1");
+    // A column no line can reach would only size a table of billions of fields.
+    d.line_column = 1000000000;
+    EXPECT_EQ(failure(), Messages{"The column 1000000000 of the observed data file is beyond the 5121 fields a line can have"});
+    d.line_column = 0;
     set("Text_UBC_elevation_offset", "high", 0);
     EXPECT_EQ(failure(), Messages{"The elevation offset value is not numeric"});
 }

@@ -88,8 +88,7 @@ TEST_F(NormalMesh, BadPaddingListLeavesNoPaddingOnThatAxis) {
     EXPECT_EQ(session.mesh.nx, 10);
     EXPECT_EQ(session.mesh.mesh_x_min, 0);
     EXPECT_EQ(session.mesh.nz, 52);
-    ASSERT_EQ(dialogue.messages.size(), 1u);
-    EXPECT_EQ(dialogue.messages[0], "The weighting definitions are not valid for weight 1");
+    EXPECT_TRUE(dialogue.messages.empty());  // the definition checks name the list; see their tests
 }
 
 TEST_F(NormalMesh, SeventeenPaddingItemsEndInTheTrap) {
