@@ -4,9 +4,9 @@
 set -euo pipefail
 
 packages=(
-    build-essential cmake ninja-build pkg-config
+    build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
     libcli11-dev libgtest-dev libgmock-dev libbenchmark-dev
-    libgdal-dev gdal-bin libcgal-dev libgmp-dev libmpfr-dev libfreeimage-dev
+    libgdal-dev gdal-bin libcgal-dev libgmp-dev libmpfr-dev libfreeimage-dev libtiff-dev
     qt6-base-dev xvfb xauth
     procps slurm-wlm munge python3-vtk9
 )

@@ -3,6 +3,7 @@
 
 #include <FreeImage.h>
 #include <cpl_error.h>
+#include <tiffio.h>
 
 #include <algorithm>
 #include <cstring>
@@ -33,6 +34,11 @@ using Bitmap = std::unique_ptr<FIBITMAP, BitmapUnloader>;
 void silence_freeimage() {
     static const bool silenced = [] {
         FreeImage_SetOutputMessage([](FREE_IMAGE_FORMAT, const char*) {});
+        // FreeImage's TIFF reader asks the TIFF library for every EXIF tag it knows, and the library
+        // calls each one it lacks an "Internal error" on stderr; a picture that fails says so itself.
+        // GDAL sets handlers of its own when its TIFF driver starts, which then take these over.
+        TIFFSetErrorHandler(nullptr);
+        TIFFSetWarningHandler(nullptr);
         return true;
     }();
     (void)silenced;
@@ -78,8 +84,17 @@ bool load_raster(ImageRecord& record, bool load_pixels) {
 void place_raster(ImageRecord& record) {
     const bool is_tiff = upper_extension(record.file_name) == "TIF" || upper_extension(record.file_name) == "TIFF";
     record.sidecar_name = find_sidecar_file(record.file_name);
-    // A TIFF without a sidecar may carry its placement in its own tags.
-    if (record.sidecar_name.empty() && is_tiff) record.sidecar_name = record.file_name;
+    // A TIFF without a sidecar may carry its placement in its own tags. Its own placement also wins
+    // over a sidecar any picture could have beside it (.tab, .hdr, .grf, .egb): only a world file of
+    // the TIFF's own kind (.tfw) stands above its tags.
+    const bool world_file = !record.sidecar_name.empty() && !upper_extension(record.sidecar_name).empty() &&
+                            upper_extension(record.sidecar_name).back() == 'W';
+    if (is_tiff && !world_file) {
+        SidecarGeoreference own = read_sidecar_file(record.file_name);
+        double x0 = 0, x1 = 0, y0 = 0, y1 = 0, dx = 0, dy = 0;
+        if (record.sidecar_name.empty() || georeference_limits(own, record.width, record.height, x0, x1, y0, y1, dx, dy))
+            record.sidecar_name = record.file_name;
+    }
     record.georeference = read_sidecar_file(record.sidecar_name);
     Array1<int>& ints = record.grid_ints;
     Array1<double>& reals = record.grid_reals;

@@ -423,6 +423,9 @@ bool georeference_limits(const SidecarGeoreference& georeference, int width, int
     y_max = std::max(y_first, y_last);
     x_spacing = width > 1 ? (x_max - x_min) / (width - 1) : std::abs(georeference.x_pixel_size);
     y_spacing = height > 1 ? (y_max - y_min) / (height - 1) : std::abs(georeference.y_pixel_size);
+    // A pixel size or origin too large for a number ("inf", "1e309") places nothing.
+    for (const double value : {x_min, x_max, y_min, y_max, x_spacing, y_spacing})
+        if (!std::isfinite(value)) return false;
     return x_spacing > 0 && y_spacing > 0;
 }
 

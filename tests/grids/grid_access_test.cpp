@@ -155,6 +155,33 @@ TEST_F(ReadImageRecord, PictureIsPlacedByItsTabAndKeepsItsPixels) {
     EXPECT_EQ(record.pixels[3], 0xFF282828u);
 }
 
+TEST_F(ReadImageRecord, AGeoTiffKeepsItsOwnPlacementOverAnyPicturesSidecarButNotOverItsWorldFile) {
+    const auto picture = dir.path() / "picture.tif";
+    write_gdal_grid(picture, "GTiff", 2, 2, 1000, 2020, 10, 10, {10, 20, 30, 40}, std::nullopt, GDT_Byte);
+    const std::string tab = "Definition Table\n  (100,220) (0,0) Label \"a\",\n  (120,220) (2,0) Label \"b\",\n"
+                            "  (100,200) (0,2) Label \"c\"\n  CoordSys NonEarth Units \"m\"\n";
+    const struct {
+        const char* sidecar;
+        std::string text;
+        int sub_kind;
+        double x_min;
+    } cases[] = {
+        {"", "", raster_geotiff, 1005},
+        {"picture.tab", tab, raster_geotiff, 1005},
+        {"picture.tfw", "1\n0\n0\n-1\n500.5\n700.5\n", raster_sidecar, 500.5},
+        // A pixel size too large for a number places nothing: the TIFF's own tags are not asked.
+        {"picture.tfw", "inf\n0\n0\n-1\n500.5\n700.5\n", raster_unplaced, 1},
+    };
+    for (const auto& c : cases) {
+        for (const char* name : {"picture.tab", "picture.tfw"}) std::filesystem::remove(dir.path() / name);
+        if (*c.sidecar) write_file_bytes(dir.path() / c.sidecar, c.text);
+        ImageRecord placed;
+        ASSERT_EQ(read_image_record(session, placed, picture.string(), 1, false), 0) << c.sidecar;
+        EXPECT_EQ(placed.grid_ints[grid_int::sub_kind], c.sub_kind) << c.sidecar;
+        EXPECT_DOUBLE_EQ(placed.grid_reals[grid_real::x_min], c.x_min) << c.sidecar;
+    }
+}
+
 TEST_F(ReadImageRecord, KindsByExtension) {
     EXPECT_EQ(image_kind_of("a.HGT"), grid_kind_height);
     EXPECT_EQ(image_kind_of("a.Tif"), grid_kind_raster);
