@@ -1,7 +1,9 @@
 // src/definition/parameter_file.cpp - writing and reading the "Version 3.0" parameter file.
 #include "definition/parameter_file.h"
 
+#include <cmath>
 #include <initializer_list>
+#include <limits>
 #include <stdexcept>
 
 #include "support/lines.h"
@@ -36,20 +38,30 @@ std::string mesh_row(const InversionFields& d, int axis) {
 
 bool is_kept_character(unsigned char c) { return c >= 32 && c <= 126; }
 
-/// The words of one key line's rest, taken off one at a time; a missing word reads as 0.
+/// The words of one key line's rest, taken off one at a time; a missing word reads as 0. A number
+/// its field can't hold throws, naming the line and the number: nothing infinite enters a definition.
 class Values {
 public:
-    explicit Values(std::string rest) : rest_(std::move(rest)) {}
+    explicit Values(std::string rest, std::string key = "") : rest_(std::move(rest)), key_(std::move(key)) {}
     bool empty() const { return trim(rest_).empty(); }
     std::string word() { return next_word(rest_); }
-    double number() { return parse_number_prefix(word()); }
-    float single() { return static_cast<float>(number()); }
-    int integer() { return to_integer(number()); }
+    double number() { return checked(std::numeric_limits<double>::max(), "a number"); }
+    float single() { return static_cast<float>(checked(std::numeric_limits<float>::max(), "a single real")); }
+    int integer() { return to_integer(checked(2147483647.0, "a whole number")); }
     /// What is left of the line, trimmed: a text value.
     std::string text() const { return trim(rest_); }
 
 private:
+    double checked(double largest, const char* kind) {
+        const std::string text = word();
+        const double value = parse_number_prefix(text);
+        if (!(std::fabs(value) <= largest))
+            throw std::runtime_error((key_.empty() ? std::string("a line") : "the line \"" + key_ + "\"") + " holds " +
+                                     text + ", too large for " + kind);
+        return value;
+    }
     std::string rest_;
+    std::string key_;
 };
 
 // The -1 entries of a version 3 file are part of the list (the writer always puts three values);
@@ -398,14 +410,14 @@ bool read_transform_section(std::istream& file, PointTransform& t, int& line_cou
     std::string line;
     if (!read_clean_line(file, line)) line.clear();
     ++line_count;
-    Values first(line);
+    Values first(line, "[Coordinate transform]");
     t.angle = first.number();
     if (!first.empty()) t.z_offset = first.number();
     if (!first.empty()) t.z_scale = first.number();
     for (bool x_line : {true, false}) {
         if (!read_clean_line(file, line)) line.clear();
         ++line_count;
-        Values v(line);
+        Values v(line, "[Coordinate transform]");
         double* targets[] = {x_line ? &t.local_x0 : &t.local_y0, x_line ? &t.x_scale : &t.y_scale,
                              x_line ? &t.map_x0 : &t.map_y0, x_line ? &t.local_x1 : &t.local_y1,
                              x_line ? &t.map_x1 : &t.map_y1};
@@ -435,7 +447,7 @@ void read_inversion_parameters(ParameterRecord& record, int version, std::istrea
     while (read_clean_line(file, line)) {
         ++line_count;
         std::string key = split_at(line, ":");
-        read_key_line(record, version, key, Values(line));
+        read_key_line(record, version, key, Values(line, key));
     }
     if (group < 2) read_transform_section(file, record.coordinate_transform, line_count);
     read_comments_section(file, record.comments);

@@ -280,6 +280,29 @@ TEST(ReadKeyLines, SpecialRulesOfSingleKeys) {
     EXPECT_EQ(r.inversion_method, 4);
 }
 
+TEST(ReadKeyLines, NumbersTheirFieldCantHoldAreRefusedNamingTheLineAndTheNumber) {
+    const struct {
+        const char* line;
+        const char* reason;
+    } cases[] = {
+        {"X Range: 0 1e309 10 10", "the line \"X Range\" holds 1e309, too large for a number"},
+        {"Mag field: 1e39 0 50000", "the line \"Mag field\" holds 1e39, too large for a single real"},
+        {"Inversion method: 4294967296", "the line \"Inversion method\" holds 4294967296, too large for a whole number"},
+    };
+    for (const auto& c : cases) {
+        std::istringstream file(std::string("Version 3.0\r\n") + c.line + "\r\n");
+        int version = 0, line_count = 0, status = -1;
+        ASSERT_TRUE(read_parameter_file_version(file, version));
+        ParameterRecord record;
+        try {
+            read_inversion_parameters(record, version, file, 0, line_count, status);
+            ADD_FAILURE() << c.line << " was read";
+        } catch (const std::runtime_error& fault) {
+            EXPECT_EQ(std::string(fault.what()), c.reason);
+        }
+    }
+}
+
 TEST(ReadSections, CommentLineThatLooksLikeAKeyIsReadAsOne) {
     ParameterRecord r = read_text("Version 3.0\r\nTile overlap: 20\r\n[Comments]\r\n\r\n  Tile overlap: 5  \r\n\tsecond\r\n");
     EXPECT_EQ(r.tile_overlap, 5);
