@@ -79,6 +79,9 @@ public:
         prepare();
         write_input_files();
         if (context_.create_mode == 1 || context_.create_mode == 2) return;
+        // The survey is read on a second core while this one grids the topography and writes the
+        // mesh and model; the reader's messages wait for their turn.
+        read_observed_data_ahead(session_);
         if (definition_.topo_type == 0)
             grid_topography();
         else

@@ -42,19 +42,7 @@ std::size_t column(const SizeEstimate& estimate, int i, int j) {
 
 /// The surface on the mesh, as the driver grids it; a flat top without topography.
 int grid_surface(Session& session) {
-    const InversionDefinition& definition = session.definition;
-    if (definition.topo_type != 0) return 0;
-    if (definition.data_file_kinds[1] != 0) return grid_topo_from_file(session, definition.data_file_names[1]);
-    LocationFileSettings settings = location_settings(definition, 1);
-    LocationData data;
-    LocationSummary summary;
-    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
-    if (data.count <= 0) {
-        session.dialogue.message_box("The topo data file " + settings.file.string() + " holds no points");
-        return -1;
-    }
-    if (read_locations_file(session, settings, location_fill_pass, data, summary) < 0) return -1;
-    return grid_topo_from_points(session, data.count, data.locations);
+    return session.definition.topo_type != 0 ? 0 : grid_topography(session);
 }
 
 /// Data lines of a long point file, from the lines in its first part scaled by its size.

@@ -503,7 +503,7 @@ LocationFileSettings location_settings(const InversionDefinition& definition, in
     return settings;
 }
 
-int read_locations_file(Session& session, const LocationFileSettings& settings, int mode, LocationData& data,
+int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, int mode, LocationData& data,
                         LocationSummary& summary) {
     const std::string file_name = settings.file.string();
     try {
@@ -512,7 +512,7 @@ int read_locations_file(Session& session, const LocationFileSettings& settings, 
         summary.value_mean = {};
         if (mode == location_count_pass) summary = LocationSummary{};
         if (settings.file_kind == location_kind_database) {
-            session.dialogue.message_box("The database could not be opened\n" + file_name +
+            dialogue.message_box("The database could not be opened\n" + file_name +
                                          "\nGeosoft databases can only be read with Geosoft's own libraries: export "
                                          "the database to a CSV or XYZ file and select that file instead.");
             return -1;
@@ -520,24 +520,34 @@ int read_locations_file(Session& session, const LocationFileSettings& settings, 
         require_regular_file(settings.file, "data file");
         BlockLines lines(settings.file);
         if (!lines.is_open()) {
-            session.dialogue.message_box("The data file could not be opened: " + file_name);
+            dialogue.message_box("The data file could not be opened: " + file_name);
             return -1;
         }
         LocationPass pass(settings, mode, data, summary);
-        pass.run(lines, session.dialogue);
+        pass.run(lines, dialogue);
         return 0;
     } catch (const std::exception& fault) {
-        session.dialogue.message_box("An error occurred while reading the data file " + file_name + ": " +
+        dialogue.message_box("An error occurred while reading the data file " + file_name + ": " +
                                      fault.what());
         return -1;
     }
 }
 
+int read_locations_file(Session& session, const LocationFileSettings& settings, int mode, LocationData& data,
+                        LocationSummary& summary) {
+    return read_locations_file(session.dialogue, settings, mode, data, summary);
+}
+
+int load_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, LocationData& data,
+                        LocationSummary& summary) {
+    if (read_locations_file(dialogue, settings, location_count_pass, data, summary) < 0) return -1;
+    if (data.count == 0) return 0;
+    return read_locations_file(dialogue, settings, location_fill_pass, data, summary);
+}
+
 int load_locations_file(Session& session, const LocationFileSettings& settings, LocationData& data,
                         LocationSummary& summary) {
-    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
-    if (data.count == 0) return 0;
-    return read_locations_file(session, settings, location_fill_pass, data, summary);
+    return load_locations_file(session.dialogue, settings, data, summary);
 }
 
 }  // namespace invsetup

@@ -13,6 +13,7 @@
 namespace invsetup {
 struct Session;
 struct InversionDefinition;
+class Dialogue;
 
 /// The file kind that stands for a Geosoft database; every other kind is read as text.
 inline constexpr int location_kind_database = 2;
@@ -95,7 +96,14 @@ inline constexpr int location_fill_pass = 1;   // fill `data` (sized by a counti
 int read_locations_file(Session& session, const LocationFileSettings& settings, int mode, LocationData& data,
                         LocationSummary& summary);
 
+/// The same with only a dialogue to tell: the reader needs nothing else of a session, so it can run
+/// on another thread with a dialogue that keeps the messages for later.
+int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, int mode, LocationData& data,
+                        LocationSummary& summary);
+
 /// Both passes: counts, then fills when the count is positive. Returns 0 or -1 as above.
+int load_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, LocationData& data,
+                        LocationSummary& summary);
 int load_locations_file(Session& session, const LocationFileSettings& settings, LocationData& data,
                         LocationSummary& summary);
 

@@ -2,7 +2,9 @@
 #include "data/observed_data.h"
 
 #include <cmath>
+#include <future>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 
 #include "data/location_file.h"
@@ -13,6 +15,7 @@
 #include "session.h"
 #include "support/files.h"
 #include "support/numbers.h"
+#include "support/threads.h"
 
 namespace invsetup {
 
@@ -63,6 +66,51 @@ std::string left_out_summary(const ObservationList& list, const std::string& dat
 
 namespace {
 
+/// Keeps a reader's messages for the thread that shows them.
+class KeptMessages : public Dialogue {
+public:
+    std::vector<std::string> messages;
+    void message_box(const std::string& text) override { messages.push_back(text); }
+    bool ask_yes_no(const std::string&) override { return false; }
+    std::string ask_text(const std::string&, const std::string& initial) override { return initial; }
+    std::optional<std::string> choose_file(const FileChoice&) override { return std::nullopt; }
+};
+
+LocationFileSettings observed_settings(const InversionDefinition& d, const PointTransform& transform) {
+    LocationFileSettings settings = location_settings(d, 0);
+    settings.transform = transform;
+    settings.keep_ranges = false;
+    return settings;
+}
+
+}  // namespace
+
+struct ObservedReadAhead {
+    KeptMessages dialogue;
+    LocationData data;
+    LocationSummary summary;
+    std::future<int> status;  // last: the reader ends before what it fills goes
+    ~ObservedReadAhead() {
+        if (status.valid()) status.wait();
+    }
+};
+
+void read_observed_data_ahead(Session& session) {
+    const InversionDefinition& d = session.definition;
+    session.readings.read_ahead.reset();
+    if (d.obs_data_file_type != 0 || worker_thread_count() < 2) return;
+    PointTransform transform = d.coordinate_transform;
+    update_point_transform(transform);
+    auto ahead = std::make_shared<ObservedReadAhead>();
+    ObservedReadAhead* target = ahead.get();
+    ahead->status = std::async(std::launch::async, [target, settings = observed_settings(d, transform)] {
+        return load_locations_file(target->dialogue, settings, target->data, target->summary);
+    });
+    session.readings.read_ahead = std::move(ahead);
+}
+
+namespace {
+
 /// The columns of the mesh that take readings: x_first..x_end - 1 and y_first..y_end - 1 as cells,
 /// x_nodes[x_first] up to (not including) x_nodes[x_end] as coordinates.
 struct AcceptedRange {
@@ -91,6 +139,51 @@ float node_tolerance(double cell_size, const Array1<double>& nodes, int n) {
     return tolerance;
 }
 
+/// Where a reading lands on the mesh: the cell under it, and its place moved off the cell's edges.
+class CellPlacement {
+public:
+    CellPlacement(const InversionMesh& mesh, const AcceptedRange& range, float x_tolerance, float y_tolerance)
+        : mesh_(mesh), x_low_(mesh.x_nodes[range.x_first]), x_high_(mesh.x_nodes[range.x_end]),
+          y_low_(mesh.y_nodes[range.y_first]), y_high_(mesh.y_nodes[range.y_end]), x_tolerance_(x_tolerance),
+          y_tolerance_(y_tolerance) {}
+
+    /// False when (x, y) lies outside the columns that take readings; otherwise the cell (i, j).
+    bool place(double& x, double& y, int& i, int& j) const {
+        if (!(x >= x_low_ && x < x_high_ && y >= y_low_ && y < y_high_)) return false;
+        i = interval_search(mesh_.x_nodes, x);
+        j = interval_search(mesh_.y_nodes, y);
+        // The forward calculation can't take a reading on a cell's edge.
+        if (std::fabs(x - mesh_.x_nodes[i]) < x_tolerance_) x += x_tolerance_;
+        if (std::fabs(x - mesh_.x_nodes[i + 1]) < x_tolerance_) x -= x_tolerance_;
+        if (std::fabs(y - mesh_.y_nodes[j]) < y_tolerance_) y += y_tolerance_;
+        if (std::fabs(y - mesh_.y_nodes[j + 1]) < y_tolerance_) y -= y_tolerance_;
+        return true;
+    }
+
+private:
+    const InversionMesh& mesh_;
+    double x_low_, x_high_, y_low_, y_high_;
+    float x_tolerance_, y_tolerance_;
+};
+
+/// The surface under each reading that lands on the mesh, at its place moved off the cell edges (null
+/// for the others). Looked up before the readings are taken in file order, in blocks over the threads,
+/// each walking the surface from its own start: a surveyed line keeps each search to a step or two.
+std::vector<double> surfaces_under_readings(const Topography& topography, const CellPlacement& placement,
+                                            const LocationData& data) {
+    std::vector<double> surfaces(static_cast<std::size_t>(data.count), null_value);
+    for_blocks(surfaces.size(), [&](std::size_t first, std::size_t last) {
+        SurfaceLookup lookup(topography);
+        for (std::size_t k = first; k < last; ++k) {
+            const int n = static_cast<int>(k) + 1;
+            double x = data.locations(n, 1), y = data.locations(n, 2);
+            int i = 0, j = 0;
+            if (placement.place(x, y, i, j)) surfaces[k] = lookup.at(x, y);
+        }
+    });
+    return surfaces;
+}
+
 /// The regional terms apply to the first value only; the arithmetic is that of single reals.
 double regional_value(double value, const InversionDefinition& d) {
     return static_cast<double>((static_cast<float>(value) - d.regional_base) * d.regional_scale);
@@ -111,12 +204,16 @@ int process_point_file(Session& session, const PointTransform& working_transform
     ObservationBins& bins = session.bins;
     ObservationList& list = session.readings;
 
-    LocationFileSettings settings = location_settings(d, 0);
-    settings.transform = working_transform;
-    settings.keep_ranges = false;
     LocationData data;
     LocationSummary summary;
-    if (load_locations_file(session, settings, data, summary) < 0) return -1;
+    if (const std::shared_ptr<ObservedReadAhead> ahead = std::move(list.read_ahead)) {
+        const int status = ahead->status.get();
+        for (const std::string& message : ahead->dialogue.messages) session.dialogue.message_box(message);
+        if (status < 0) return -1;
+        data = std::move(ahead->data);
+    } else if (load_locations_file(session, observed_settings(d, working_transform), data, summary) < 0) {
+        return -1;
+    }
     const int count = data.count;
     list.read_count = count;
 
@@ -137,8 +234,9 @@ int process_point_file(Session& session, const PointTransform& working_transform
     const bool nulls_kept = d.integration_interval > 0;
     const bool has_z = d.data_z_columns[0] > 0;
     const bool use_topography = d.topo_type == 0;
-    const double x_low = mesh.x_nodes[range.x_first], x_high = mesh.x_nodes[range.x_end];
-    const double y_low = mesh.y_nodes[range.y_first], y_high = mesh.y_nodes[range.y_end];
+    const CellPlacement placement(mesh, range, x_tolerance, y_tolerance);
+    const std::vector<double> surfaces =
+        use_topography ? surfaces_under_readings(session.topography, placement, data) : std::vector<double>();
     const double mesh_top = mesh.z_nodes[1];
     const float minimum_height = d.elevation_offsets[2];
     static const std::string no_label;
@@ -195,21 +293,15 @@ int process_point_file(Session& session, const PointTransform& working_transform
         r.label = line > 0 ? &data.line_names[line] : &no_label;
         if (d.extra_value_column > 0) r.extra = data.extra_values[n];
 
-        if (!(r.x >= x_low && r.x < x_high && r.y >= y_low && r.y < y_high)) {
+        int i = 0, j = 0;
+        if (!placement.place(r.x, r.y, i, j)) {
             ++list.left_out_outside;
             continue;
         }
-        const int i = interval_search(mesh.x_nodes, r.x);
-        const int j = interval_search(mesh.y_nodes, r.y);
-        // The forward calculation can't take a reading on a cell's edge.
-        if (std::fabs(r.x - mesh.x_nodes[i]) < x_tolerance) r.x += x_tolerance;
-        if (std::fabs(r.x - mesh.x_nodes[i + 1]) < x_tolerance) r.x -= x_tolerance;
-        if (std::fabs(r.y - mesh.y_nodes[j]) < y_tolerance) r.y += y_tolerance;
-        if (std::fabs(r.y - mesh.y_nodes[j + 1]) < y_tolerance) r.y -= y_tolerance;
 
         double topography = mesh_top;
         if (use_topography) {
-            topography = topo_elevation_at(session.topography, r.x, r.y);
+            topography = surfaces[static_cast<std::size_t>(n - 1)];
             if (is_null(topography)) {
                 ++list.left_out_no_topography;
                 continue;

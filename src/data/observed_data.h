@@ -1,6 +1,7 @@
 // src/data/observed_data.h - the readings of one creation placed on the mesh: the bins of one reading
 // per mesh column and, for point files with values_per_cell not 1, the list of readings.
 #pragma once
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,9 @@ struct ObservationBins {
     void size_bins(int nx, int ny);
 };
 
+/// The observed point file read ahead of its turn on another thread, while the topography is gridded.
+struct ObservedReadAhead;
+
 /// The list of readings, indexed from 1. obs_values(k, n): 1 x, 2 y, 3 elevation, 4 first value,
 /// 5 second value, 6 distance from the cell's centre in plan, 7 extra value.
 struct ObservationList {
@@ -51,7 +55,15 @@ struct ObservationList {
     int left_out_outside = 0;
     int left_out_no_topography = 0;
     int cells_sampled = 0;
+    /// The observed point file being read ahead, taken by the next process_inversion_data.
+    std::shared_ptr<ObservedReadAhead> read_ahead;
 };
+
+/// Starts reading the definition's observed point file on another thread, with the settings that
+/// process_inversion_data(session) reads it by; the next process_inversion_data takes what was read
+/// and shows the reader's messages there, where it would have shown them itself. Nothing starts for
+/// grids or when only one thread may be used (INVSETUP_THREADS=1).
+void read_observed_data_ahead(Session& session);
 
 /// Why readings were left out, as one sentence naming the data file: the counts of each test, for
 /// the person who has just been told how few readings remain.

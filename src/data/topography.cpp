@@ -116,21 +116,29 @@ void Topography::clear() {
     surface_offset = 0;
 }
 
-double topo_elevation_at(const Topography& topography, double x, double y) {
+SurfaceLookup::SurfaceLookup(const Topography& topography) : topography_(topography) {
+    if (!topography.triangulation.empty()) cursor_.emplace(topography.triangulation);
+}
+
+double SurfaceLookup::at(double x, double y) {
     double surface = null_value;
-    if (!topography.triangulation.empty()) {
-        surface = topography.triangulation.interpolate(x, y, topography.topo_z);
-    } else if (!topography.surface_grid.values.empty()) {
+    if (cursor_) {
+        surface = cursor_->interpolate(x, y, topography_.topo_z);
+    } else if (!topography_.surface_grid.values.empty()) {
         // The same lookup as the cells': in the grid's coordinates, the value brought back to the mesh's.
-        const PointTransform& transform = topography.surface_transform;
+        const PointTransform& transform = topography_.surface_transform;
         double map_x = x, map_y = y, unused = 0;
         if (transform.active) apply_point_transform(transform, local_to_map, map_x, map_y, unused);
-        GEO_CELL_INTERPOLATION(topography.surface_grid, std::span<const double>(&map_x, 1),
+        GEO_CELL_INTERPOLATION(topography_.surface_grid, std::span<const double>(&map_x, 1),
                                std::span<const double>(&map_y, 1), std::span<double>(&surface, 1));
         if (!is_null(surface) && transform.active)
             apply_point_transform(transform, map_to_local, map_x, map_y, surface);
     }
-    return is_null(surface) ? null_value : surface + topography.surface_offset;
+    return is_null(surface) ? null_value : surface + topography_.surface_offset;
+}
+
+double topo_elevation_at(const Topography& topography, double x, double y) {
+    return SurfaceLookup(topography).at(x, y);
 }
 
 void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, double tolerance, double& elevation,

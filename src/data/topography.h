@@ -1,6 +1,7 @@
 // src/data/topography.h - the surface of one creation on the mesh: elevations at cell centres and
 // nodes, the cells above ground in each column, and the triangulated topography points.
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,18 @@ struct Topography {
 /// cells their surface. Null (-1e32) where the surface has no value: outside the triangulation,
 /// outside the grid or beside a null grid node, or when there is no surface at all.
 double topo_elevation_at(const Topography& topography, double x, double y);
+
+/// topo_elevation_at for a run of nearby places: the triangulation's search carries from one place to
+/// the next. Each thread takes a lookup of its own; the values are those of topo_elevation_at.
+class SurfaceLookup {
+public:
+    explicit SurfaceLookup(const Topography& topography);
+    double at(double x, double y);
+
+private:
+    const Topography& topography_;
+    std::optional<Triangulation::Cursor> cursor_;
+};
 
 /// The surface from the point file's readings, locations(1..count, 1..3) x, y, z: the readings within
 /// one cell of the mesh and without a null elevation are triangulated with closing points round the

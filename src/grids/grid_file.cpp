@@ -1,5 +1,6 @@
 // src/grids/grid_file.cpp - grid headers, windows and statistics over GDAL; height files by hand.
 #include "grids/grid_file.h"
+#include "grids/lazy_library.h"
 
 #include <gdal.h>
 #include <cpl_conv.h>
@@ -25,14 +26,14 @@ constexpr float blanking_threshold = 1.0e38f;
 
 void register_gdal_drivers() {
     static std::once_flag once;
-    std::call_once(once, [] { GDALAllRegister(); });
+    std::call_once(once, [] { GDAL_CALL(GDALAllRegister)(); });
 }
 
 // GDAL reports through a process-wide handler; grid faults are ours to report, so it stays quiet.
 class QuietGdalErrors {
 public:
-    QuietGdalErrors() { CPLPushErrorHandler(CPLQuietErrorHandler); }
-    ~QuietGdalErrors() { CPLPopErrorHandler(); }
+    QuietGdalErrors() { GDAL_CALL(CPLPushErrorHandler)(GDAL_CALL(CPLQuietErrorHandler)); }
+    ~QuietGdalErrors() { GDAL_CALL(CPLPopErrorHandler)(); }
     QuietGdalErrors(const QuietGdalErrors&) = delete;
     QuietGdalErrors& operator=(const QuietGdalErrors&) = delete;
 };
@@ -111,7 +112,7 @@ public:
 
 private:
     struct DatasetCloser {
-        void operator()(void* dataset) const { GDALClose(static_cast<GDALDatasetH>(dataset)); }
+        void operator()(void* dataset) const { GDAL_CALL(GDALClose)(static_cast<GDALDatasetH>(dataset)); }
     };
     std::unique_ptr<void, DatasetCloser> dataset_;
     std::ifstream height_file_;
@@ -122,15 +123,15 @@ private:
         std::vector<const char*> options;
         for (const std::string& option : open_options) options.push_back(option.c_str());
         options.push_back(nullptr);
-        GDALDatasetH handle = GDALOpenEx(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options.data(), nullptr);
+        GDALDatasetH handle = GDAL_CALL(GDALOpenEx)(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options.data(), nullptr);
         if (handle == nullptr) return false;
         dataset_.reset(handle);
-        bands = GDALGetRasterCount(handle);
-        columns = GDALGetRasterXSize(handle);
-        rows = GDALGetRasterYSize(handle);
+        bands = GDAL_CALL(GDALGetRasterCount)(handle);
+        columns = GDAL_CALL(GDALGetRasterXSize)(handle);
+        rows = GDAL_CALL(GDALGetRasterYSize)(handle);
         if (bands < 1 || columns < 1 || rows < 1) return false;
         double transform[6] = {0, 1, 0, 0, 0, 1};
-        GDALGetGeoTransform(handle, transform);  // without one GDAL leaves pixel numbers
+        GDAL_CALL(GDALGetGeoTransform)(handle, transform);  // without one GDAL leaves pixel numbers
         if (transform[2] != 0.0 || transform[4] != 0.0) return false;  // rotated grids aren't read
         if (transform[1] <= 0.0 || transform[5] == 0.0) return false;
         x_spacing = transform[1];
@@ -140,19 +141,19 @@ private:
         x_first = transform[0] + 0.5 * transform[1];
         y_first = transform[3] + 0.5 * transform[5];
         int null_given = 0;
-        double null = GDALGetRasterNoDataValue(GDALGetRasterBand(handle, 1), &null_given);
+        double null = GDAL_CALL(GDALGetRasterNoDataValue)(GDAL_CALL(GDALGetRasterBand)(handle, 1), &null_given);
         has_null = null_given != 0;
         file_null = has_null ? null : 0.0;
-        GDALDriverH driver = GDALGetDatasetDriver(handle);
-        description = driver ? GDALGetDriverLongName(driver) : "";
-        driver_name = driver ? GDALGetDriverShortName(driver) : "";
+        GDALDriverH driver = GDAL_CALL(GDALGetDatasetDriver)(handle);
+        description = driver ? GDAL_CALL(GDALGetDriverLongName)(driver) : "";
+        driver_name = driver ? GDAL_CALL(GDALGetDriverShortName)(driver) : "";
         return true;
     }
 
     bool read_gdal_rows(int column, int count, int first_row, int row_count, float* out) {
         QuietGdalErrors quiet;
-        GDALRasterBandH band = GDALGetRasterBand(static_cast<GDALDatasetH>(dataset_.get()), 1);
-        return GDALRasterIO(band, GF_Read, column, first_row, count, row_count, out, count, row_count,
+        GDALRasterBandH band = GDAL_CALL(GDALGetRasterBand)(static_cast<GDALDatasetH>(dataset_.get()), 1);
+        return GDAL_CALL(GDALRasterIO)(band, GF_Read, column, first_row, count, row_count, out, count, row_count,
                             GDT_Float32, 0, 0) == CE_None;
     }
 
@@ -290,9 +291,9 @@ std::string grid_format_name(const std::string& name) {
     if (is_height_file(name)) return "HGT";
     register_gdal_drivers();
     QuietGdalErrors quiet;
-    GDALDriverH driver = GDALIdentifyDriver(name.c_str(), nullptr);
+    GDALDriverH driver = GDAL_CALL(GDALIdentifyDriver)(name.c_str(), nullptr);
     if (driver == nullptr) return "";
-    return GDALGetDriverShortName(driver);
+    return GDAL_CALL(GDALGetDriverShortName)(driver);
 }
 
 void GRDRDH(const std::string& name, Array1<int>& grid_ints, Array1<double>& grid_reals, std::string& grid_text,

@@ -1,5 +1,6 @@
 // src/grids/grid_picture.cpp - grids and points as pictures: equalised colour ramp, hillshade, PNG.
 #include "grids/grid_picture.h"
+#include "grids/lazy_library.h"
 
 #include <FreeImage.h>
 
@@ -246,12 +247,12 @@ int read_whole_grid(const std::string& name, GridWindow& grid) {
 int write_png(const RgbaImage& image, const std::filesystem::path& path) {
     if (image.empty()) return -1;
     struct Unload {
-        void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+        void operator()(FIBITMAP* bitmap) const { FREEIMAGE_CALL(FreeImage_Unload)(bitmap); }
     };
-    std::unique_ptr<FIBITMAP, Unload> bitmap(FreeImage_Allocate(image.width, image.height, 32));
+    std::unique_ptr<FIBITMAP, Unload> bitmap(FREEIMAGE_CALL(FreeImage_Allocate)(image.width, image.height, 32, 0, 0, 0));
     if (!bitmap) return -1;
     for (int y = 0; y < image.height; ++y) {
-        BYTE* line = FreeImage_GetScanLine(bitmap.get(), image.height - 1 - y);  // FreeImage keeps rows bottom up
+        BYTE* line = FREEIMAGE_CALL(FreeImage_GetScanLine)(bitmap.get(), image.height - 1 - y);  // FreeImage keeps rows bottom up
         for (int x = 0; x < image.width; ++x) {
             const Rgba& p = image.at(x, y);
             line[FI_RGBA_RED] = p.r;
@@ -261,7 +262,7 @@ int write_png(const RgbaImage& image, const std::filesystem::path& path) {
             line += 4;
         }
     }
-    return FreeImage_Save(FIF_PNG, bitmap.get(), path.string().c_str(), PNG_DEFAULT) ? 0 : -1;
+    return FREEIMAGE_CALL(FreeImage_Save)(FIF_PNG, bitmap.get(), path.string().c_str(), PNG_DEFAULT) ? 0 : -1;
 }
 
 }  // namespace invsetup

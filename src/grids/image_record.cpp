@@ -1,5 +1,6 @@
 // src/grids/image_record.cpp - the kind of a displayed or read file, and the loading of pictures.
 #include "grids/image_record.h"
+#include "grids/lazy_library.h"
 
 #include <FreeImage.h>
 #include <cpl_error.h>
@@ -25,7 +26,7 @@ std::string upper_extension(const std::string& file_name) {
 }
 
 struct BitmapUnloader {
-    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+    void operator()(FIBITMAP* bitmap) const { FREEIMAGE_CALL(FreeImage_Unload)(bitmap); }
 };
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapUnloader>;
 
@@ -33,12 +34,12 @@ using Bitmap = std::unique_ptr<FIBITMAP, BitmapUnloader>;
 // through the record's status instead.
 void silence_freeimage() {
     static const bool silenced = [] {
-        FreeImage_SetOutputMessage([](FREE_IMAGE_FORMAT, const char*) {});
+        FREEIMAGE_CALL(FreeImage_SetOutputMessage)([](FREE_IMAGE_FORMAT, const char*) {});
         // FreeImage's TIFF reader asks the TIFF library for every EXIF tag it knows, and the library
         // calls each one it lacks an "Internal error" on stderr; a picture that fails says so itself.
         // GDAL sets handlers of its own when its TIFF driver starts, which then take these over.
-        TIFFSetErrorHandler(nullptr);
-        TIFFSetWarningHandler(nullptr);
+        TIFF_CALL(TIFFSetErrorHandler)(nullptr);
+        TIFF_CALL(TIFFSetWarningHandler)(nullptr);
         return true;
     }();
     (void)silenced;
@@ -46,17 +47,17 @@ void silence_freeimage() {
 
 void copy_pixels(FIBITMAP* bitmap, ImageRecord& record) {
     Bitmap standard;
-    if (FreeImage_GetImageType(bitmap) != FIT_BITMAP) {
-        standard.reset(FreeImage_ConvertToStandardType(bitmap, TRUE));
+    if (FREEIMAGE_CALL(FreeImage_GetImageType)(bitmap) != FIT_BITMAP) {
+        standard.reset(FREEIMAGE_CALL(FreeImage_ConvertToStandardType)(bitmap, TRUE));
         if (standard) bitmap = standard.get();
     }
-    Bitmap colour(FreeImage_ConvertTo32Bits(bitmap));
+    Bitmap colour(FREEIMAGE_CALL(FreeImage_ConvertTo32Bits)(bitmap));
     if (!colour) return;
     const auto width = static_cast<std::size_t>(record.width);
     record.pixels.resize(width * static_cast<std::size_t>(record.height));
     // FreeImage keeps the bottom row first.
     for (int row = 0; row < record.height; ++row) {
-        const BYTE* line = FreeImage_GetScanLine(colour.get(), record.height - 1 - row);
+        const BYTE* line = FREEIMAGE_CALL(FreeImage_GetScanLine)(colour.get(), record.height - 1 - row);
         std::memcpy(record.pixels.data() + static_cast<std::size_t>(row) * width, line, width * 4);
     }
 }
@@ -65,19 +66,19 @@ void copy_pixels(FIBITMAP* bitmap, ImageRecord& record) {
 bool load_raster(ImageRecord& record, bool load_pixels) {
     silence_freeimage();
     const std::string& name = record.file_name;
-    FREE_IMAGE_FORMAT format = FreeImage_GetFileType(name.c_str(), 0);
-    if (format == FIF_UNKNOWN) format = FreeImage_GetFIFFromFilename(name.c_str());
+    FREE_IMAGE_FORMAT format = FREEIMAGE_CALL(FreeImage_GetFileType)(name.c_str(), 0);
+    if (format == FIF_UNKNOWN) format = FREEIMAGE_CALL(FreeImage_GetFIFFromFilename)(name.c_str());
     if (format == FIF_UNKNOWN) return false;
-    const int flags = !load_pixels && FreeImage_FIFSupportsNoPixels(format) ? FIF_LOAD_NOPIXELS : 0;
+    const int flags = !load_pixels && FREEIMAGE_CALL(FreeImage_FIFSupportsNoPixels)(format) ? FIF_LOAD_NOPIXELS : 0;
     // GDAL owns the TIFF library's error handler in this process; FreeImage's TIFF reader complains
     // through it about tags it doesn't know, which is no fault of the picture.
-    CPLPushErrorHandler(CPLQuietErrorHandler);
-    Bitmap bitmap(FreeImage_Load(format, name.c_str(), flags));
-    CPLPopErrorHandler();
+    GDAL_CALL(CPLPushErrorHandler)(GDAL_CALL(CPLQuietErrorHandler));
+    Bitmap bitmap(FREEIMAGE_CALL(FreeImage_Load)(format, name.c_str(), flags));
+    GDAL_CALL(CPLPopErrorHandler)();
     if (!bitmap) return false;
-    record.width = static_cast<int>(FreeImage_GetWidth(bitmap.get()));
-    record.height = static_cast<int>(FreeImage_GetHeight(bitmap.get()));
-    if (load_pixels && FreeImage_HasPixels(bitmap.get())) copy_pixels(bitmap.get(), record);
+    record.width = static_cast<int>(FREEIMAGE_CALL(FreeImage_GetWidth)(bitmap.get()));
+    record.height = static_cast<int>(FREEIMAGE_CALL(FreeImage_GetHeight)(bitmap.get()));
+    if (load_pixels && FREEIMAGE_CALL(FreeImage_HasPixels)(bitmap.get())) copy_pixels(bitmap.get(), record);
     return record.width > 0 && record.height > 0;
 }
 

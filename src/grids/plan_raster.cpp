@@ -1,5 +1,6 @@
 // src/grids/plan_raster.cpp - lines into an RGBA picture; PNG files read back.
 #include "grids/plan_raster.h"
+#include "grids/lazy_library.h"
 
 #include <FreeImage.h>
 
@@ -40,17 +41,17 @@ void draw_picture_lines(RgbaImage& image, const std::vector<PictureLine>& lines)
 
 int read_png(const std::filesystem::path& path, RgbaImage& image) {
     struct Unload {
-        void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+        void operator()(FIBITMAP* bitmap) const { FREEIMAGE_CALL(FreeImage_Unload)(bitmap); }
     };
-    std::unique_ptr<FIBITMAP, Unload> loaded(FreeImage_Load(FIF_PNG, path.string().c_str(), PNG_DEFAULT));
+    std::unique_ptr<FIBITMAP, Unload> loaded(FREEIMAGE_CALL(FreeImage_Load)(FIF_PNG, path.string().c_str(), PNG_DEFAULT));
     if (!loaded) return -1;
-    std::unique_ptr<FIBITMAP, Unload> bitmap(FreeImage_ConvertTo32Bits(loaded.get()));
+    std::unique_ptr<FIBITMAP, Unload> bitmap(FREEIMAGE_CALL(FreeImage_ConvertTo32Bits)(loaded.get()));
     if (!bitmap) return -1;
-    const int width = static_cast<int>(FreeImage_GetWidth(bitmap.get()));
-    const int height = static_cast<int>(FreeImage_GetHeight(bitmap.get()));
+    const int width = static_cast<int>(FREEIMAGE_CALL(FreeImage_GetWidth)(bitmap.get()));
+    const int height = static_cast<int>(FREEIMAGE_CALL(FreeImage_GetHeight)(bitmap.get()));
     image = RgbaImage(width, height);
     for (int y = 0; y < height; ++y) {
-        const BYTE* line = FreeImage_GetScanLine(bitmap.get(), height - 1 - y);  // rows bottom up
+        const BYTE* line = FREEIMAGE_CALL(FreeImage_GetScanLine)(bitmap.get(), height - 1 - y);  // rows bottom up
         for (int x = 0; x < width; ++x) {
             Rgba& p = image.at(x, y);
             p.r = line[FI_RGBA_RED];

@@ -1,5 +1,6 @@
 // src/grids/sidecar.cpp - reading the georeference of a raster picture from the file beside it.
 #include "grids/sidecar.h"
+#include "grids/lazy_library.h"
 
 #include <gdal.h>
 #include <cpl_error.h>
@@ -134,14 +135,14 @@ void read_tab_file(const std::string& name, SidecarGeoreference& result) {
 // The TIFF's own tags, and only those: a world file beside it is a sidecar of its own.
 void read_tiff_tags(const std::string& name, SidecarGeoreference& result) {
     static std::once_flag once;
-    std::call_once(once, [] { GDALAllRegister(); });
-    CPLPushErrorHandler(CPLQuietErrorHandler);
+    std::call_once(once, [] { GDAL_CALL(GDALAllRegister)(); });
+    GDAL_CALL(CPLPushErrorHandler)(GDAL_CALL(CPLQuietErrorHandler));
     const char* options[] = {"GEOREF_SOURCES=INTERNAL", nullptr};
-    GDALDatasetH dataset = GDALOpenEx(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options, nullptr);
+    GDALDatasetH dataset = GDAL_CALL(GDALOpenEx)(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options, nullptr);
     std::array<double, 6> transform{};
-    const bool placed = dataset != nullptr && GDALGetGeoTransform(dataset, transform.data()) == CE_None;
-    if (dataset != nullptr) GDALClose(dataset);
-    CPLPopErrorHandler();
+    const bool placed = dataset != nullptr && GDAL_CALL(GDALGetGeoTransform)(dataset, transform.data()) == CE_None;
+    if (dataset != nullptr) GDAL_CALL(GDALClose)(dataset);
+    GDAL_CALL(CPLPopErrorHandler)();
     if (!placed || transform[1] == 0.0 || transform[5] == 0.0) return;
     // Tags place the corner of the first pixel; a world file places its centre.
     result.x_pixel_size = transform[1];

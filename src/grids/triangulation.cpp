@@ -10,9 +10,13 @@
 
 #include <CGAL/Delaunay_triangulation_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
+#include <CGAL/Spatial_sort_traits_adapter_2.h>
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
+#include <CGAL/property_map.h>
+#include <CGAL/spatial_sort.h>
 
 #include "support/numbers.h"
+#include "support/threads.h"
 
 namespace invsetup {
 
@@ -26,6 +30,73 @@ using DataStructure = CGAL::Triangulation_data_structure_2<VertexBase, FaceBase>
 using Delaunay = CGAL::Delaunay_triangulation_2<Kernel, DataStructure>;
 using FaceHandle = Delaunay::Face_handle;
 
+/// Inserts the points along a space-filling curve, each search starting from the point before, so
+/// that every insertion walks a triangle or two. The pairs themselves are sorted, not indices into
+/// them: the sort and the insertion then walk memory in order, where an index map would jump about
+/// a million points at random. The order is the one the library's own range insert takes (the same
+/// shuffle and the same comparisons), so the triangles come out the same, and of two points at one
+/// place the later in that order gives the vertex its number, as there.
+void insert_in_curve_order(Delaunay& delaunay, std::vector<std::pair<Point, int>>& points) {
+    using SortTraits = CGAL::Spatial_sort_traits_adapter_2<Kernel, CGAL::First_of_pair_property_map<std::pair<Point, int>>>;
+    CGAL::spatial_sort(points.begin(), points.end(), SortTraits());
+    FaceHandle hint;
+    for (const auto& [point, number] : points) {
+        const Delaunay::Vertex_handle vertex = delaunay.insert(point, hint);
+        if (vertex == Delaunay::Vertex_handle()) continue;
+        vertex->info() = number;
+        hint = vertex->face();
+    }
+}
+
+// Barycentric weights taken relative to the first corner, so that map coordinates in the millions
+// lose no digits that matter.
+double linear_value(const FaceHandle& face, double x, double y, const double* z) {
+    const Point& p0 = face->vertex(0)->point();
+    const Point& p1 = face->vertex(1)->point();
+    const Point& p2 = face->vertex(2)->point();
+    const double ax = p1.x() - p0.x(), ay = p1.y() - p0.y();
+    const double bx = p2.x() - p0.x(), by = p2.y() - p0.y();
+    const double px = x - p0.x(), py = y - p0.y();
+    const double area = ax * by - bx * ay;
+    const double w1 = (px * by - bx * py) / area;
+    const double w2 = (ax * py - px * ay) / area;
+    const double z0 = z[face->vertex(0)->info()];
+    return z0 + w1 * (z[face->vertex(1)->info()] - z0) + w2 * (z[face->vertex(2)->info()] - z0);
+}
+
+// A point on an edge takes the value along the edge, measured from its lower-numbered end: the
+// same bits whichever of the edge's two faces the walk arrived in, so that walks from different
+// places (one per thread) agree to the last digit.
+double edge_value(const FaceHandle& face, int opposite, double x, double y, const double* z) {
+    Delaunay::Vertex_handle a = face->vertex(Delaunay::ccw(opposite));
+    Delaunay::Vertex_handle b = face->vertex(Delaunay::cw(opposite));
+    if (b->info() < a->info()) std::swap(a, b);
+    const double ex = b->point().x() - a->point().x(), ey = b->point().y() - a->point().y();
+    const double t = ((x - a->point().x()) * ex + (y - a->point().y()) * ey) / (ex * ex + ey * ey);
+    const double za = z[a->info()];
+    return za + t * (z[b->info()] - za);
+}
+
+/// The value at (x, y) where the walk from `hint` finds it; `hint` moves to the face found.
+double locate_and_interpolate(const Delaunay& delaunay, FaceHandle& hint, double x, double y, const double* z) {
+    if (delaunay.dimension() < 2) return null_value;
+    const Point point(x, y);
+    Delaunay::Locate_type type;
+    int index = 0;
+    FaceHandle face = delaunay.locate(point, type, index, hint);
+    if (face != FaceHandle()) hint = face;
+    switch (type) {
+        case Delaunay::VERTEX:
+            return z[face->vertex(index)->info()];
+        case Delaunay::EDGE:
+            return edge_value(face, index, x, y, z);
+        case Delaunay::FACE:
+            return linear_value(face, x, y, z);
+        default:  // outside the hull
+            return null_value;
+    }
+}
+
 }  // namespace
 
 struct Triangulation::Impl {
@@ -34,43 +105,22 @@ struct Triangulation::Impl {
     mutable FaceHandle hint;
 
     double interpolate(double x, double y, const double* z) const {
-        if (delaunay.dimension() < 2) return null_value;
-        const Point point(x, y);
-        Delaunay::Locate_type type;
-        int index = 0;
-        FaceHandle face = delaunay.locate(point, type, index, hint);
-        if (face != FaceHandle()) hint = face;
-        switch (type) {
-            case Delaunay::VERTEX:
-                return z[face->vertex(index)->info()];
-            case Delaunay::EDGE:
-                // A point on the hull's edge is found in the infinite face beyond it.
-                if (delaunay.is_infinite(face)) face = face->neighbor(index);
-                break;
-            case Delaunay::FACE:
-                break;
-            default:  // outside the hull
-                return null_value;
-        }
-        return linear_value(face, x, y, z);
-    }
-
-    // Barycentric weights taken relative to the first corner, so that map coordinates in the
-    // millions lose no digits that matter.
-    static double linear_value(const FaceHandle& face, double x, double y, const double* z) {
-        const Point& p0 = face->vertex(0)->point();
-        const Point& p1 = face->vertex(1)->point();
-        const Point& p2 = face->vertex(2)->point();
-        const double ax = p1.x() - p0.x(), ay = p1.y() - p0.y();
-        const double bx = p2.x() - p0.x(), by = p2.y() - p0.y();
-        const double px = x - p0.x(), py = y - p0.y();
-        const double area = ax * by - bx * ay;
-        const double w1 = (px * by - bx * py) / area;
-        const double w2 = (ax * py - px * ay) / area;
-        const double z0 = z[face->vertex(0)->info()];
-        return z0 + w1 * (z[face->vertex(1)->info()] - z0) + w2 * (z[face->vertex(2)->info()] - z0);
+        return locate_and_interpolate(delaunay, hint, x, y, z);
     }
 };
+
+struct Triangulation::Cursor::State {
+    const Delaunay& delaunay;
+    FaceHandle hint;
+};
+
+Triangulation::Cursor::Cursor(const Triangulation& triangulation)
+    : state_(std::make_unique<State>(State{triangulation.impl_->delaunay, FaceHandle()})) {}
+Triangulation::Cursor::~Cursor() = default;
+
+double Triangulation::Cursor::interpolate(double x, double y, std::span<const double> z) {
+    return locate_and_interpolate(state_->delaunay, state_->hint, x, y, z.data());
+}
 
 Triangulation::Triangulation() : impl_(std::make_unique<Impl>()) {}
 Triangulation::~Triangulation() = default;
@@ -84,9 +134,7 @@ int Triangulation::build(std::span<const double> x, std::span<const double> y) {
     points.reserve(count);
     for (std::size_t k = 0; k < count; ++k)
         if (std::isfinite(x[k]) && std::isfinite(y[k])) points.emplace_back(Point(x[k], y[k]), static_cast<int>(k));
-    // The range insert sorts the points along a space-filling curve first: each insertion then
-    // starts next to the last one, and a million points take well under a second.
-    impl_->delaunay.insert(points.begin(), points.end());
+    insert_in_curve_order(impl_->delaunay, points);
     if (impl_->delaunay.dimension() < 2) {
         clear();
         return triangulation_colinear;
@@ -112,7 +160,10 @@ double Triangulation::interpolate(double x, double y, std::span<const double> z)
 void Triangulation::interpolate_many(std::span<const double> x, std::span<const double> y, std::span<const double> z,
                                      std::span<double> values) const {
     const std::size_t count = std::min({x.size(), y.size(), values.size()});
-    for (std::size_t k = 0; k < count; ++k) values[k] = impl_->interpolate(x[k], y[k], z.data());
+    for_blocks(count, [&](std::size_t first, std::size_t last) {
+        Cursor cursor(*this);
+        for (std::size_t k = first; k < last; ++k) values[k] = cursor.interpolate(x[k], y[k], z);
+    });
 }
 
 bool points_are_colinear(std::span<const double> x, std::span<const double> y) {

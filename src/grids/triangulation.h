@@ -35,9 +35,27 @@ public:
     /// the same value. Below -1e30 (the null value) outside the hull or when the triangulation is empty.
     double interpolate(double x, double y, std::span<const double> z) const;
     /// values[k] at (x[k], y[k]) for each k, spans of one length; search hints carry from one point
-    /// to the next, so points given in a walking order cost little each.
+    /// to the next, so points given in a walking order cost little each. Long lists are split in
+    /// blocks over the worker threads, with the same values.
     void interpolate_many(std::span<const double> x, std::span<const double> y, std::span<const double> z,
                           std::span<double> values) const;
+
+    /// A walk over the triangulation with a search start of its own, for one run of nearby points:
+    /// several cursors may walk one triangulation at the same time (one per thread). The value at a
+    /// point never depends on where the walk came from: a point on an edge takes the value along that
+    /// edge, whichever of its two triangles the walk found.
+    class Cursor {
+    public:
+        explicit Cursor(const Triangulation& triangulation);
+        ~Cursor();
+        Cursor(const Cursor&) = delete;
+        Cursor& operator=(const Cursor&) = delete;
+        double interpolate(double x, double y, std::span<const double> z);
+
+    private:
+        struct State;
+        std::unique_ptr<State> state_;
+    };
 
 private:
     struct Impl;
