@@ -27,7 +27,10 @@ public:
     explicit FormReader(Session& session) : session_(session), form_(session.form) {}
 
     const std::string& text(std::string_view name, int index = no_index) const { return form_.text(name, index); }
-    bool is_number(std::string_view name, int index = no_index) const { return is_numeric(text(name, index)); }
+    /// A number the single real of its field can hold: "1e39" or "1e309" is no number to the checks.
+    bool is_number(std::string_view name, int index = no_index) const {
+        return is_numeric(text(name, index)) && std::fabs(value(name, index)) <= std::numeric_limits<float>::max();
+    }
     double value(std::string_view name, int index = no_index) const { return parse_number_prefix(text(name, index)); }
     float single(std::string_view name, int index = no_index) const { return static_cast<float>(value(name, index)); }
     int integer(std::string_view name, int index = no_index) const { return to_integer(value(name, index)); }

@@ -129,6 +129,13 @@ TEST_F(DefinitionChecks, DamagedMeshFieldsAreRefusedNamingTheAxisOrList) {
     }
 }
 
+TEST_F(DefinitionChecks, ANumberTooLargeForItsFieldIsNoNumber) {
+    for (const char* text : {"1e39", "-1e309"}) {
+        set("Text_UBC_regional_field", text);
+        EXPECT_EQ(failure(), Messages{"The regional field base level is not numeric"}) << text;
+    }
+}
+
 TEST_F(DefinitionChecks, RegionalAndErrorsComeBeforeTheDataFiles) {
     session.definition.data_file_names[0].clear();
     set("Text_UBC_regional_scale", "0");
