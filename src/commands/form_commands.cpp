@@ -6,6 +6,8 @@
 #include "commands/commands.h"
 #include "commands/create_commands.h"
 #include "commands/refinement_commands.h"
+#include "create/size_estimate.h"
+#include "definition/definition_checks.h"
 #include "data/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/form_load.h"
@@ -54,6 +56,20 @@ void run_exclusive(Session& session, FormCommands& state, Command command) {
     state.busy = false;
     for (int i = 0; i < 3; ++i) form.set_enabled("Command_create_inversion", i, enabled[i]);
     form.set_enabled("Command_start_inversion", start_enabled);
+}
+
+/// "Size Estimate": the definition checked and its mesh built, then the size of the run the Create
+/// button would make (cells, readings, the sensitivity matrix, memory and disk) in one message, the
+/// same report as the command line's check.
+void size_estimate_command(Session& session) {
+    if (check_inversion_definitions(session) < 0) return;
+    SizeEstimateOptions options;
+    options.run_folder = dir1_path(session);
+    SizeEstimate estimate;
+    if (estimate_run_size(session, options, estimate) < 0) return;
+    std::string text = "Size estimate";
+    for (const std::string& line : size_report(estimate)) text += "\n" + line;
+    session.dialogue.message_box(text);
 }
 
 void start_inversion(Session& session, CommandHost& host) {
@@ -202,6 +218,9 @@ void register_form_commands(Session& session, CommandHost& host, FormCommands& s
     });
     form.on_change("Command_start_inversion", [s, h, busy](int) {
         run_exclusive(*s, *busy, [s, h] { start_inversion(*s, *h); });
+    });
+    form.on_change("Command_size_estimate", [s, busy](int) {
+        run_exclusive(*s, *busy, [s] { size_estimate_command(*s); });
     });
     form.on_change("Command_make_folder", [s, h](int) {
         if (make_folder_command(*s) == 0) h->refresh_directories();

@@ -207,7 +207,7 @@ constexpr LayoutText layout_table[] = {
      "Drive1 Dir1 Command_make_folder,Command_refresh,Command_copy_dir_name,Command_set_cur_dir;"
      "'Directory name',Text_directory_name "
      "Command_create_inversion(0),Command_create_inversion(1),Command_create_inversion(2) "
-     "Command_start_inversion,Command_done_mag3d 'Description' Text_description Text_progress Frame_progress"},
+     "Command_start_inversion,Command_size_estimate,Command_done_mag3d 'Description' Text_description Text_progress Frame_progress"},
     {"Frame_progress", S::grid, "Label_progress; ProgressBar_load_ubc_model"},
 
     // ---- The tiling layout overlay ----

@@ -388,6 +388,7 @@ constexpr ControlSpec table[] = {
     {"Command_create_inversion", 1, K::button, "Update Parameters", "", "", 4, ""},
     {"Command_create_inversion", 2, K::button, "Generate Variation", "", "", 4, ""},
     {"Command_start_inversion", none, K::button, "Start Inversion", "", "", 4, ""},
+    {"Command_size_estimate", none, K::button, "Size Estimate", "", "", 4, ""},
     {"Command_done_mag3d", none, K::button, "Close Form", "", "", 4, ""},
     {"Command_make_folder", none, K::button, "Make Folder", "", "", 4, ""},
     {"Command_refresh", none, K::button, "Refresh Dir", "", "", 4, ""},

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "commands/commands.h"
 #include "form/form_load.h"
 #include "session.h"
 #include "test_support.h"
@@ -13,6 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::TempDir;
+using testing::test_data;
 using testing::write_file_bytes;
 
 /// Records what the commands ask of the window and answers as told.
@@ -113,6 +115,19 @@ TEST_F(FormCommandsTest, OneLongCommandAtATimeAndTheButtonsComeBackAsTheyWere) {
     EXPECT_TRUE(form.control("Command_create_inversion", 0).enabled);
     EXPECT_FALSE(form.control("Command_create_inversion", 2).enabled);
     EXPECT_TRUE(form.control("Command_start_inversion").enabled);
+    EXPECT_FALSE(state.busy);
+}
+
+TEST_F(FormCommandsTest, SizeEstimateShowsTheCheckReportOfTheExample) {
+    const fs::path example = test_data("definition").parent_path().parent_path().parent_path() / "examples" / "magnetic";
+    session.working_directory = example;
+    dialogue.file_answers.push_back((example / "inversion.inp").string());
+    ASSERT_EQ(read_command(session, 0), 0);
+    session.form.raise_change("Command_size_estimate");
+    ASSERT_FALSE(dialogue.messages.empty());
+    const std::string& report = dialogue.messages.back();
+    EXPECT_EQ(report.rfind("Size estimate\nCells in the mesh:        371,712\n", 0), 0u) << report;
+    EXPECT_NE(report.find("Sensitivity matrix:"), std::string::npos) << report;
     EXPECT_FALSE(state.busy);
 }
 
