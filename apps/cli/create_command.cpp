@@ -109,17 +109,18 @@ std::filesystem::path working_directory_for(const std::string& definition, const
 }
 
 /// The existing mesh and model, read as the file menu reads them, before the definition.
-bool read_existing_inversion(Session& session, ScriptDialogue& dialogue, const CreateOptions& options) {
-    session.working_directory = working_directory_for(options.definition, options.working_directory);
-    dialogue.file_answers.push_back(std::filesystem::absolute(options.mesh).string());
+bool read_existing_inversion(Session& session, HeadlessDialogue& dialogue, const std::string& definition,
+                             const std::string& working_directory, const std::string& mesh, const std::string& model) {
+    session.working_directory = working_directory_for(definition, working_directory);
+    dialogue.file_answers.push_back(std::filesystem::absolute(mesh).string());
     const std::size_t messages_before = dialogue.messages.size();
     if (read_inversion_mesh_command(session) != 0) {
         if (dialogue.messages.size() == messages_before)
-            std::cerr << "invsetup: " << options.mesh << " is not a mesh this program reads\n";
+            std::cerr << "invsetup: " << mesh << " is not a mesh this program reads\n";
         return false;
     }
-    if (options.model.empty()) return true;
-    dialogue.file_answers.push_back(std::filesystem::absolute(options.model).string());
+    if (model.empty()) return true;
+    dialogue.file_answers.push_back(std::filesystem::absolute(model).string());
     return read_inversion_model_command(session) == 0;
 }
 
@@ -128,7 +129,9 @@ int run_create(const CreateOptions& options) {
     ScriptDialogue dialogue(options.yes, options.quiet);
     Session session(dialogue);
     follow_progress_text(session, dialogue);
-    if (!options.mesh.empty() && !read_existing_inversion(session, dialogue, options)) return 1;
+    if (!options.mesh.empty() && !read_existing_inversion(session, dialogue, options.definition,
+                                                          options.working_directory, options.mesh, options.model))
+        return 1;
     if (!read_definition(session, dialogue, options.definition, 0,
                          working_directory_for(options.definition, options.working_directory)))
         return 1;
@@ -188,9 +191,13 @@ void print_coverage(const SurveyCoverage& c) {
     if (c.kept == 0) std::cout << "Warning:     no reading would be kept, so the run package could not be inverted\n";
 }
 
-int run_check(const std::string& definition, const std::string& working_directory, const SizeOptions& size) {
+int run_check(const std::string& definition, const std::string& working_directory, const SizeOptions& size,
+              const std::string& existing_mesh, const std::string& existing_model) {
     HeadlessDialogue dialogue(&std::cerr);
     Session session(dialogue);
+    if (!existing_mesh.empty() &&
+        !read_existing_inversion(session, dialogue, definition, working_directory, existing_mesh, existing_model))
+        return 1;
     if (!read_definition(session, dialogue, definition, 0, working_directory_for(definition, working_directory)))
         return 1;
     if (check_inversion_definitions(session) < 0) {
@@ -309,8 +316,15 @@ void register_check_command(CLI::App& app, int& exit_code) {
                       "Working directory for relative names (default: the folder of DEFINITION)");
     auto size = std::make_shared<SizeOptions>();
     add_size_options(*check, *size);
-    check->callback([&exit_code, definition, working_directory, size] {
-        exit_code = run_check(*definition, *working_directory, *size);
+    auto mesh = std::make_shared<std::string>();
+    auto model = std::make_shared<std::string>();
+    check->add_option("--mesh", *mesh,
+                      "An existing inversion mesh: the definition is checked as a refinement inside it, and the "
+                      "size estimate is given for each tile");
+    auto model_option = check->add_option("--model", *model, "The existing inversion model on --mesh");
+    model_option->needs(check->get_option("--mesh"));
+    check->callback([&exit_code, definition, working_directory, size, mesh, model] {
+        exit_code = run_check(*definition, *working_directory, *size, *mesh, *model);
     });
 }
 

@@ -129,6 +129,16 @@ TEST(RefinementRunOptions, RefusesATileOutsideTheLayoutAndSkipsWithoutAMesh) {
     EXPECT_EQ(run_cli(base + " --skip-tile 1,1").exit_code, 2);  // the option needs --mesh
     const CliRun no_model = run_cli(base + " --mesh " + quoted(dir.path() / "missing.msh"));
     EXPECT_EQ(no_model.exit_code, 1);
+
+    // check takes the existing mesh and model as create does and sizes each tile of the layout.
+    const std::string check = "check " + quoted(dir.path() / "refine.inp");
+    const CliRun tiled = run_cli(check + " --mesh " + quoted(dir.path() / "coarse.msh") + " --model " +
+                                 quoted(dir.path() / "coarse.sus"));
+    EXPECT_EQ(tiled.exit_code, 0) << tiled.err << tiled.out;
+    EXPECT_NE(tiled.out.find("Size estimate:"), std::string::npos) << tiled.out;
+    EXPECT_NE(tiled.out.find("tile"), std::string::npos) << tiled.out;
+    EXPECT_NE(tiled.out.find("    tile0202:"), std::string::npos) << tiled.out;
+    EXPECT_EQ(run_cli(check + " --model " + quoted(dir.path() / "coarse.sus")).exit_code, 2);  // needs --mesh
 }
 
 }  // namespace
