@@ -187,21 +187,21 @@ void FormBinder::build_menus(QMenuBar* bar) {
         return false;
     };
     for (const Control* control : controls) {
-        const ControlSpec& spec = *control->declared;
-        if (spec.kind != ControlKind::menu_entry) continue;
-        const Key key{std::string(spec.name), spec.index};
-        QMenu* parent = spec.frame.empty() ? nullptr : menus[std::string(spec.frame)];
-        if (is_parent(spec.name)) {
+        const ControlSpec& declared = *control->declared;
+        if (declared.kind != ControlKind::menu_entry) continue;
+        const Key key{std::string(declared.name), declared.index};
+        QMenu* parent = declared.frame.empty() ? nullptr : menus[std::string(declared.frame)];
+        if (is_parent(declared.name)) {
             QMenu* menu = parent != nullptr ? parent->addMenu(caption_text(control->caption))
                                             : bar->addMenu(caption_text(control->caption));
-            menu->setObjectName(q(spec.name));
-            menus[std::string(spec.name)] = menu;
+            menu->setObjectName(q(declared.name));
+            menus[std::string(declared.name)] = menu;
             actions_[key] = menu->menuAction();
             continue;
         }
         if (parent == nullptr) continue;
         QAction* action = control->caption == "-" ? parent->addSeparator() : parent->addAction(caption_text(control->caption));
-        action->setObjectName(q(control_key(spec.name, spec.index)));
+        action->setObjectName(q(control_key(declared.name, declared.index)));
         action->setVisible(control->visible);
         action->setEnabled(control->enabled);
         actions_[key] = action;
@@ -313,11 +313,11 @@ void FormBinder::fill_container(QWidget* host, const std::string& key) {
     }
     // Floating controls of this container stand over it, outside the layout.
     for (const Control* control : session_.form.controls()) {
-        const ControlSpec& spec = *control->declared;
-        if (!is_floating_control(spec.name)) continue;
-        const std::string frame(spec.frame);
+        const ControlSpec& declared = *control->declared;
+        if (!is_floating_control(declared.name)) continue;
+        const std::string frame(declared.frame);
         if (frame != key) continue;
-        QWidget* floating = build_control(Key{std::string(spec.name), spec.index}, host);
+        QWidget* floating = build_control(Key{std::string(declared.name), declared.index}, host);
         floating->hide();
     }
 }
@@ -340,15 +340,15 @@ QWidget* FormBinder::build_control(const Key& key, QWidget* parent) {
 }
 
 QWidget* FormBinder::make_widget(const Control& control, QWidget* parent) {
-    const ControlSpec& spec = *control.declared;
-    switch (spec.kind) {
+    const ControlSpec& declared = *control.declared;
+    switch (declared.kind) {
         case ControlKind::text_box:
-            if (is_multi_line_control(spec.name)) {
+            if (is_multi_line_control(declared.name)) {
                 auto* text = new QPlainTextEdit(parent);
                 text->setReadOnly(true);
                 text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
                 text->setLineWrapMode(QPlainTextEdit::NoWrap);
-                text->setMinimumHeight(spec.name == "Text_progress" ? 110 : 160);
+                text->setMinimumHeight(declared.name == "Text_progress" ? 110 : 160);
                 return text;
             } else {
                 auto* line = new QLineEdit(parent);
@@ -381,7 +381,7 @@ QWidget* FormBinder::make_widget(const Control& control, QWidget* parent) {
         }
         case ControlKind::frame: {
             auto* box = new QGroupBox(parent);
-            fill_container(box, control_key(spec.name, spec.index));
+            fill_container(box, control_key(declared.name, declared.index));
             return box;
         }
         case ControlKind::button: {
@@ -397,7 +397,7 @@ QWidget* FormBinder::make_widget(const Control& control, QWidget* parent) {
             auto* tabs = new QTabWidget(parent);
             for (std::size_t page = 0; page < control.rows.size(); ++page) {
                 auto* host = new QWidget(tabs);
-                fill_container(host, tab_page_key(spec.name, static_cast<int>(page)));
+                fill_container(host, tab_page_key(declared.name, static_cast<int>(page)));
                 tabs->addTab(host, q(control.rows[page].text));
             }
             return tabs;
@@ -428,8 +428,8 @@ QWidget* FormBinder::make_widget(const Control& control, QWidget* parent) {
 }
 
 void FormBinder::connect_widget(const Control& control, QWidget* w) {
-    const ControlSpec& spec = *control.declared;
-    const Key key{std::string(spec.name), spec.index};
+    const ControlSpec& declared = *control.declared;
+    const Key key{std::string(declared.name), declared.index};
     FormModel& form = session_.form;
     if (auto* line = qobject_cast<QLineEdit*>(w)) {
         connect(line, &QLineEdit::textEdited, this, [this, key, &form](const QString& text) {
@@ -444,7 +444,7 @@ void FormBinder::connect_widget(const Control& control, QWidget* w) {
             value.replace("\n", "\r\n");
             user_edit(key, [&] { form.set_text(key.first, key.second, value.toStdString()); });
         });
-    } else if (spec.kind == ControlKind::drive_list) {
+    } else if (declared.kind == ControlKind::drive_list) {
         auto* combo = static_cast<QComboBox*>(w);
         connect(combo, &QComboBox::activated, this, [this, key, combo, &form](int) {
             const QString drive = combo->currentText();
@@ -570,9 +570,9 @@ void FormBinder::apply_visibility(const Key& key) {
 }
 
 void FormBinder::apply(const Control& control, ControlProperty property) {
-    const ControlSpec& spec = *control.declared;
-    const Key key{std::string(spec.name), spec.index};
-    if (spec.kind == ControlKind::menu_entry) {
+    const ControlSpec& declared = *control.declared;
+    const Key key{std::string(declared.name), declared.index};
+    if (declared.kind == ControlKind::menu_entry) {
         QAction* a = action(key.first, key.second);
         if (a == nullptr) return;
         if (property == ControlProperty::visible) a->setVisible(control.visible);
@@ -580,7 +580,7 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
         if (property == ControlProperty::caption) a->setText(caption_text(control.caption));
         return;
     }
-    if (spec.name == "Form_mag3d") {
+    if (declared.name == "Form_mag3d") {
         if (property == ControlProperty::caption) emit caption_changed(q(control.caption));
         return;
     }
@@ -589,18 +589,18 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
         for (const QPointer<QLabel>& caption : captions_[key])
             if (caption) caption->setEnabled(control.enabled);
     }
-    if (property == ControlProperty::value && (spec.tab == 1 || spec.tab == 2) && spec.kind == ControlKind::text_box &&
-        !is_multi_line_control(spec.name)) {
+    if (property == ControlProperty::value && (declared.tab == 1 || declared.tab == 2) && declared.kind == ControlKind::text_box &&
+        !is_multi_line_control(declared.name)) {
         // A file or its column definitions changed: the pictures of its tab are drawn again.
-        if (spec.name == "Text_data_locations" && spec.index >= 1) emit picture_stale(QStringLiteral("Picture_mag"), spec.index);
-        emit picture_stale(spec.tab == 1 ? QStringLiteral("Picture_data_points") : QStringLiteral("Picture_topo_points"),
+        if (declared.name == "Text_data_locations" && declared.index >= 1) emit picture_stale(QStringLiteral("Picture_mag"), declared.index);
+        emit picture_stale(declared.tab == 1 ? QStringLiteral("Picture_data_points") : QStringLiteral("Picture_topo_points"),
                            no_index);
     }
     if (w == nullptr) return;
 
     switch (property) {
         case ControlProperty::visible:
-            if (is_floating_control(spec.name)) {
+            if (is_floating_control(declared.name)) {
                 // Opens over the column box that was clicked, with its list down.
                 auto* combo = qobject_cast<QComboBox*>(w);
                 QWidget* box = widget(last_column_box_.first, last_column_box_.second);
@@ -622,7 +622,7 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
         case ControlProperty::back_colour: apply_colour(control, w); return;
         case ControlProperty::position: return;  // the layout places the widgets
         case ControlProperty::rows:
-            if (auto* combo = qobject_cast<QComboBox*>(w); combo != nullptr && spec.kind == ControlKind::list) {
+            if (auto* combo = qobject_cast<QComboBox*>(w); combo != nullptr && declared.kind == ControlKind::list) {
                 const QSignalBlocker block(combo);
                 combo->clear();
                 for (const ListRow& row : control.rows) combo->addItem(q(row.text));
@@ -647,7 +647,7 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
             if (auto* label = qobject_cast<QLabel*>(w)) label->setText(caption_text(control.caption));
             else if (auto* button = qobject_cast<QAbstractButton*>(w)) button->setText(caption_text(control.caption));
             else if (auto* box = qobject_cast<QGroupBox*>(w)) box->setTitle(caption_text(control.caption));
-            else if (spec.kind == ControlKind::picture) emit picture_stale(q(spec.name), spec.index);
+            else if (declared.kind == ControlKind::picture) emit picture_stale(q(declared.name), declared.index);
             return;
         case ControlProperty::value: break;
     }
@@ -660,9 +660,9 @@ void FormBinder::apply(const Control& control, ControlProperty property) {
         const QString shown = shown_text(control.text);
         if (text->toPlainText() != shown) {
             text->setPlainText(shown);
-            if (spec.name == "Text_progress") text->moveCursor(QTextCursor::End);
+            if (declared.name == "Text_progress") text->moveCursor(QTextCursor::End);
         }
-    } else if (spec.kind == ControlKind::drive_list) {
+    } else if (declared.kind == ControlKind::drive_list) {
         auto* combo = static_cast<QComboBox*>(w);
         const int found = combo->findText(QDir::toNativeSeparators(q(control.text)), Qt::MatchFixedString);
         if (found >= 0) combo->setCurrentIndex(found);

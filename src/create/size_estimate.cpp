@@ -9,6 +9,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "create/create_inversion.h"
 #include "data/location_file.h"
 #include "data/observed_data.h"
 #include "data/topography.h"
@@ -254,17 +255,14 @@ std::string count_text(long long count) {
 
 int estimate_run_size(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate) {
     int status = -1;
-    // The readers take the data file names whole, as the creation gives them.
-    const std::array<std::string, 6> names = session.definition.data_file_names;
-    for (std::string& name : session.definition.data_file_names)
-        if (!trim(name).empty()) name = resolve_path(session.working_directory, trim(name)).string();
     try {
+        // The readers take the data file names whole, as the creation gives them.
+        WholeDataFileNames whole_names(session);
         status = run_estimate(session, options, estimate);
     } catch (const std::exception& fault) {
         session.dialogue.message_box(std::string("An error occurred while estimating the run's size: ") + fault.what());
         status = -1;
     }
-    session.definition.data_file_names = names;
     // What a creation would hold is given back: only the figures stay.
     session.bins.size_bins(1, 1);
     session.readings = ObservationList{};

@@ -82,21 +82,21 @@ private slots:
         Harness h;
         int checked = 0;
         for (const Control* control : h.session.form.controls()) {
-            const ControlSpec& spec = *control->declared;
-            if (spec.kind == ControlKind::menu_entry) {
-                QAction* action = h.window.binder().action(spec.name, spec.index);
-                QVERIFY2(action != nullptr, control_key(spec.name, spec.index).c_str());
+            const ControlSpec& declared = *control->declared;
+            if (declared.kind == ControlKind::menu_entry) {
+                QAction* action = h.window.binder().action(declared.name, declared.index);
+                QVERIFY2(action != nullptr, control_key(declared.name, declared.index).c_str());
                 QCOMPARE(action->isVisible(), control->visible);
                 continue;
             }
-            if (spec.tab < 0 || spec.name == "Form_mag3d" || spec.name == "Drive1") continue;  // overlay, window, drives
-            QWidget* w = h.window.binder().widget(spec.name, spec.index);
-            QVERIFY2(w != nullptr, control_key(spec.name, spec.index).c_str());
-            if (is_floating_control(spec.name) || spec.name == "Tab_images" || spec.name == "Frame_point_data" ||
-                spec.name == "Grid_database" || spec.name == "Frame_data_file_definitions" ||
-                spec.name == "Frame_data_file_image" || spec.name == "Frame_field" || spec.name == "Frame_gravity_parameters")
+            if (declared.tab < 0 || declared.name == "Form_mag3d" || declared.name == "Drive1") continue;  // overlay, window, drives
+            QWidget* w = h.window.binder().widget(declared.name, declared.index);
+            QVERIFY2(w != nullptr, control_key(declared.name, declared.index).c_str());
+            if (is_floating_control(declared.name) || declared.name == "Tab_images" || declared.name == "Frame_point_data" ||
+                declared.name == "Grid_database" || declared.name == "Frame_data_file_definitions" ||
+                declared.name == "Frame_data_file_image" || declared.name == "Frame_field" || declared.name == "Frame_gravity_parameters")
                 continue;  // places shared with another control
-            QVERIFY2(w->isHidden() == !control->visible, control_key(spec.name, spec.index).c_str());
+            QVERIFY2(w->isHidden() == !control->visible, control_key(declared.name, declared.index).c_str());
             QCOMPARE(w->isEnabled(), control->enabled);
             ++checked;
         }
