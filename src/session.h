@@ -6,6 +6,7 @@
 #include <string>
 
 #include "form/form_model.h"
+#include "form/form_update.h"
 #include "data/observed_data.h"
 #include "data/topography.h"
 #include "form/inversion_definition.h"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "data/column_definitions.h"
+#include "commands/limits_commands.h"
 #include "definition/parameter_file.h"
 #include "commands/commands.h"
 #include "form/form_load.h"

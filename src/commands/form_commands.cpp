@@ -8,7 +8,7 @@
 #include "commands/refinement_commands.h"
 #include "create/size_estimate.h"
 #include "definition/definition_checks.h"
-#include "data/column_definitions.h"
+#include "form/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/form_load.h"
 #include "mesh/tiling_view.h"

@@ -12,7 +12,6 @@
 
 namespace invsetup {
 struct Session;
-struct InversionDefinition;
 class Dialogue;
 
 /// The file kind that stands for a Geosoft database; every other kind is read as text.
@@ -77,12 +76,6 @@ struct LocationData {
     Array1<int> label_index;
     Array1<std::string> label_names;
 };
-
-/// The settings of location slot 0 (observed points) or 1 (topography points) from the definition:
-/// file, kind, first line, step, columns, the definition's coordinate transform (brought up to date),
-/// and for slot 0 the value, line and extra columns and the integration interval. The elevation
-/// offset is left at 0 (the callers add theirs once, after the read) and no limits are set.
-LocationFileSettings location_settings(const InversionDefinition& definition, int slot);
 
 /// Mode of read_locations_file.
 inline constexpr int location_count_pass = 0;  // count, keep minima and maxima, size `data`

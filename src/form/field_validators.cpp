@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "data/column_definitions.h"
+#include "form/column_definitions.h"
 #include "session.h"
 #include "support/files.h"
 #include "support/numbers.h"

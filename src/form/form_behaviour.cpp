@@ -2,7 +2,7 @@
 // variation switch, lists and check boxes that store their state.
 #include "form/form_behaviour.h"
 
-#include "data/column_definitions.h"
+#include "form/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/method_behaviour.h"
 #include "mesh/mesh_definition.h"

@@ -5,7 +5,7 @@
 #include <exception>
 #include <string>
 
-#include "data/column_definitions.h"
+#include "form/column_definitions.h"
 #include "form/field_validators.h"
 #include "grids/grid_access.h"
 #include "mesh/mesh_definition.h"

@@ -128,13 +128,20 @@ struct InversionDefinition : InversionFields {
     bool reference_model_given = false;
     bool model_bounds_given = false;
     bool rock_properties_used = false;
-    // The column names of the point files (0 observed data, 1 topography), see data/column_definitions.h.
+    // The column names of the point files (0 observed data, 1 topography), see form/column_definitions.h.
     std::array<int, 2> column_name_count{};  // names found in the slot's name line, 0 for none
     std::vector<std::string> column_names;   // the names of the last load, the first at [0]
     int picked_slot = 0;                     // which Combo_names is open over a column box
     int picked_column = 0;                   // which box: 1 x, 2 y, 3 z, 4..6 values, 7 line, 8 extra
     bool updating_clip = false;              // set while program code moves Combo_names' selection
 };
+
+/// The settings of location slot 0 (observed points) or 1 (topography points) from the definition:
+/// file, kind, first line, step, columns, the definition's coordinate transform (brought up to date),
+/// and for slot 0 the value, line and extra columns and the integration interval. The elevation
+/// offset is left at 0 (the callers add theirs once, after the read) and no limits are set.
+struct LocationFileSettings;
+LocationFileSettings location_settings(const InversionDefinition& definition, int slot);
 
 /// The image of one parameter file: what the readers fill and load_mag3d_form pushes into the form.
 struct ParameterRecord : InversionFields {

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "grids/interval_search.h"
-#include "mesh/form_update.h"
 #include "mesh/mesh_definition.h"
 #include "mesh/tile_layout.h"
 #include "session.h"
@@ -321,7 +320,9 @@ int determine_inversion_mesh(Session& session) {
             session.form.set_text("Text_number_x_tiles", format_picture(definition.number_of_x_tiles, "0"));
             session.form.set_text("Text_number_y_tiles", format_picture(definition.number_of_y_tiles, "0"));
         }
-        lay_out_tiles(session.mesh, session.loaded_mesh, definition, session.tiles);
+        const LoadedMesh& loaded = session.loaded_mesh;
+        lay_out_tiles(session.mesh, LoadedNodes{loaded.x_nodes, loaded.nx, loaded.y_nodes, loaded.ny}, definition,
+                      session.tiles);
         return 0;
     } catch (const std::exception& fault) {
         session.dialogue.message_box("An error occurred while determining the inversion mesh: " + std::string(fault.what()));

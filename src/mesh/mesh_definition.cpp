@@ -6,7 +6,6 @@
 #include <string>
 
 #include "grids/interval_search.h"
-#include "mesh/form_update.h"
 #include "mesh/inversion_mesh.h"
 #include "mesh/tile_layout.h"
 #include "session.h"

@@ -7,7 +7,6 @@
 #include "grids/interval_search.h"
 #include "mesh/inversion_mesh.h"
 #include "mesh/mesh_definition.h"
-#include "modelfiles/mesh_file_read.h"
 #include "session.h"
 #include "support/numbers.h"
 
@@ -82,7 +81,7 @@ void lay_out_axis(Array2<int>& limits, int tiles, int first, int last, int extra
 
 }  // namespace
 
-void lay_out_tiles(const InversionMesh& mesh, const LoadedMesh& loaded, InversionDefinition& definition, TileTable& tiles) {
+void lay_out_tiles(const InversionMesh& mesh, const LoadedNodes& loaded, InversionDefinition& definition, TileTable& tiles) {
     const int x_tiles = definition.number_of_x_tiles;
     const int y_tiles = definition.number_of_y_tiles;
     tiles.skip_columns = y_tiles + 1;

@@ -9,7 +9,6 @@ namespace invsetup {
 struct Session;
 struct InversionDefinition;
 struct InversionMesh;
-struct LoadedMesh;
 
 /// Column k of a tile's limits (node indices of the InversionMesh).
 enum TileLimit : int { tile_outer_start = 1, tile_core_start = 2, tile_core_end = 3, tile_outer_end = 4 };
@@ -45,9 +44,17 @@ void determine_number_of_tiles(Session& session, int& x_cells_per_tile, int& y_c
 /// alone when the size or the cell count is not positive (and the result is 0).
 int tile_count_for_axis(int cells, int tile_size, int overlap, int& tiles);
 
+/// The nodes of the mesh a refinement starts from (the loaded mesh): 1 to nx + 1 and 1 to ny + 1.
+struct LoadedNodes {
+    const Array1<double>& x_nodes;
+    int nx;
+    const Array1<double>& y_nodes;
+    int ny;
+};
+
 /// Sizes and fills the tile tables from the tile counts, the fine cells of the mesh and the nodes of
 /// the loaded mesh; resets tile_skip and the definition's tile_order.
-void lay_out_tiles(const InversionMesh& mesh, const LoadedMesh& loaded, InversionDefinition& definition,
+void lay_out_tiles(const InversionMesh& mesh, const LoadedNodes& loaded, InversionDefinition& definition,
                    TileTable& tiles);
 
 /// Fills session.expanded_mesh for tile (i, j).

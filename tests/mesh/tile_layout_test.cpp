@@ -143,7 +143,9 @@ TEST_F(RefinedSession, TileLongerThanItsSizeLosesTheExcessAtItsEnd) {
     ASSERT_EQ(determine_inversion_mesh(session), 0);
     session.definition.number_of_x_tiles = 1;
     session.definition.x_tile_size = 10;
-    lay_out_tiles(session.mesh, session.loaded_mesh, session.definition, session.tiles);
+    const LoadedMesh& loaded = session.loaded_mesh;
+    lay_out_tiles(session.mesh, LoadedNodes{loaded.x_nodes, loaded.nx, loaded.y_nodes, loaded.ny}, session.definition,
+                  session.tiles);
     // 3..22 spans 22 - 3 - 1 = 18 cells against 10: 8 come off the end.
     EXPECT_EQ(session.tiles.tile_x_limits(1, tile_outer_start), 3);
     EXPECT_EQ(session.tiles.tile_x_limits(1, tile_core_end), 14);

@@ -1,4 +1,4 @@
-// src/mesh/form_update.h - program writes to the form that must not run the form's own handlers.
+// src/form/form_update.h - program writes to the form that must not run the form's own handlers.
 #pragma once
 #include "form/form_model.h"
 

@@ -1,6 +1,5 @@
-// src/data/column_definitions.h - showing a data file and its column definitions in the form: the
-// file's kind and preview, the column names of its name line laid over the column boxes, and the
-// command that sets the mesh limits from a data file.
+// src/form/column_definitions.h - showing a data file and its column definitions in the form: the
+// file's kind and preview, and the column names of its name line laid over the column boxes.
 #pragma once
 #include <istream>
 #include <string_view>
@@ -39,13 +38,8 @@ void click_column_box(Session& session, std::string_view name, int index);
 /// line then reloads the names and the boxes); another goes back to the stored value, with a beep.
 void leave_column_definition_box(Session& session, std::string_view name, int slot);
 
-/// "Set Limits from Data" (index 0, observed data: the X and Y limits and the regional base) and
-/// "Set Limits from Data File" (index 1, topography: the Z limits and the depth), then the mesh
-/// group of the form is shown again. Returns 0, or -1 after a message.
-int Command_set_limits_from_file(Session& session, int index);
-
-/// Registers the change handlers of the data file boxes, their buttons, the column boxes,
-/// Combo_names and the set-limits buttons.
+/// Registers the change handlers of the data file boxes, their buttons, the column boxes and
+/// Combo_names.
 void register_column_behaviour(Session& session);
 
 }  // namespace invsetup

@@ -1,11 +1,12 @@
-// tests/data/column_definitions_test.cpp - data file kinds, column names over the column boxes, and
+// tests/form/column_definitions_test.cpp - data file kinds, column names over the column boxes, and
 // the mesh limits from a data file.
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
 
-#include "data/column_definitions.h"
+#include "commands/limits_commands.h"
+#include "form/column_definitions.h"
 #include "session.h"
 #include "support/dialogue.h"
 #include "test_support.h"
