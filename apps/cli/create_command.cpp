@@ -15,6 +15,7 @@
 #include "commands/commands.h"
 #include "commands/create_commands.h"
 #include "commands/refinement_commands.h"
+#include "create/size_estimate.h"
 #include "create/survey_check.h"
 #include "form/form_load.h"
 #include "cluster_options.h"
@@ -223,15 +224,19 @@ int run_check(const std::string& definition, const std::string& working_director
               << general_number_text(mesh.y_nodes[mesh.ny + 1]) << '\n';
     std::cout << "Mesh Z:      " << general_number_text(mesh.z_nodes[mesh.nz + 1]) << " to "
               << general_number_text(mesh.z_nodes[1]) << '\n';
+    // One pass over the data gives both the readings report and the size estimate.
+    SizeEstimateOptions estimate_options;
+    estimate_options.run_folder = working_directory_for(definition, working_directory);
+    SizeEstimate estimate;
     SurveyCoverage coverage;
-    if (survey_coverage(session, coverage) < 0) {
+    if (estimate_run_size(session, estimate_options, estimate, &coverage) < 0) {
         std::cout << "The observed data could not be tried on the mesh: "
                   << (dialogue.messages.empty() ? "see the messages above" : dialogue.messages.back()) << '\n';
         return 1;
     }
     print_coverage(coverage);
     std::cout << "The definition is valid.\n";
-    return print_size_estimate(session, size, working_directory_for(definition, working_directory));
+    return print_size_estimate(session, size, estimate);
 }
 
 }  // namespace

@@ -16,16 +16,12 @@ void add_size_options(CLI::App& command, SizeOptions& options) {
                        "memory)");
 }
 
-int print_size_estimate(Session& session, const SizeOptions& options, const std::filesystem::path& run_folder) {
+int print_size_estimate(const Session& session, const SizeOptions& options, const SizeEstimate& estimate) {
     double limit = machine_memory_bytes() / 2;
     if (!options.tile_memory.empty() && !parse_byte_size(options.tile_memory, limit)) {
         std::cerr << "invsetup: --tile-memory " << options.tile_memory << " is not a size (such as 8G or 512M)\n";
         return 1;
     }
-    SizeEstimateOptions estimate_options;
-    estimate_options.run_folder = run_folder;
-    SizeEstimate estimate;
-    if (estimate_run_size(session, estimate_options, estimate) < 0) return 1;
     std::cout << "Size estimate:\n";
     for (const std::string& line : size_report(estimate)) std::cout << "  " << line << '\n';
     if (options.suggest_tiles) {

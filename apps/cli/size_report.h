@@ -2,11 +2,11 @@
 #pragma once
 #include <CLI/CLI.hpp>
 
-#include <filesystem>
 #include <string>
 
 namespace invsetup {
 struct Session;
+struct SizeEstimate;
 }
 
 namespace invsetup::cli {
@@ -18,8 +18,8 @@ struct SizeOptions {
 
 void add_size_options(CLI::App& command, SizeOptions& options);
 
-/// Prints the estimate for the checked definition in `session` (its mesh built); the free disk is
-/// that of `run_folder`. Returns the exit status: 0, or 1 after the message.
-int print_size_estimate(Session& session, const SizeOptions& options, const std::filesystem::path& run_folder);
+/// Prints the estimate made for the checked definition in `session`, and the tile suggestion when
+/// asked. Returns the exit status: 0, or 1 after the message.
+int print_size_estimate(const Session& session, const SizeOptions& options, const SizeEstimate& estimate);
 
 }  // namespace invsetup::cli

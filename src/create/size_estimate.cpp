@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "create/create_inversion.h"
+#include "create/survey_check.h"
 #include "data/location_file.h"
 #include "data/observed_data.h"
 #include "data/topography.h"
@@ -166,7 +167,7 @@ double free_space(const std::filesystem::path& folder, std::filesystem::path& fo
     return static_cast<double>(space.available);
 }
 
-int run_estimate(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate) {
+int run_estimate(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate, SurveyCoverage* coverage) {
     const InversionDefinition& definition = session.definition;
     const InversionMesh& mesh = session.mesh;
     estimate = SizeEstimate{};
@@ -180,20 +181,24 @@ int run_estimate(Session& session, const SizeEstimateOptions& options, SizeEstim
 
     if (definition.topo_type == 0) {
         if (grid_surface(session) < 0) return -1;
+        if (coverage) take_surface_coverage(session, *coverage);
         for (int j = 1; j <= mesh.ny; ++j)
             for (int i = 1; i <= mesh.nx; ++i)
                 estimate.column_air[column(estimate, i, j)] = std::clamp(session.topography.topo_cell(i, j), 0, mesh.nz);
     }
+    if (coverage && definition.topo_type != 0) take_surface_coverage(session, *coverage);
     for (int air : estimate.column_air) estimate.active_cells += mesh.nz - air;
 
     std::error_code error;
     const std::uintmax_t size = definition.obs_data_file_type == 0
                                     ? std::filesystem::file_size(definition.data_file_names[0], error)
                                     : 0;
-    if (definition.obs_data_file_type == 0 && !error && size > options.full_read_limit)
+    if (!coverage && definition.obs_data_file_type == 0 && !error && size > options.full_read_limit)
         estimate_readings(session, size, estimate);
     else if (read_readings(session, estimate) < 0)
         return -1;
+    else if (coverage)
+        take_reading_coverage(session, *coverage);
     if (definition.inversion_method == method_zarninv3d) estimate.components = std::max(1, definition.data_type_count);
     estimate.matrix_bytes = static_cast<double>(estimate.readings) * estimate.components *
                             static_cast<double>(estimate.active_cells) * bytes_per_value;
@@ -253,14 +258,17 @@ std::string count_text(long long count) {
 
 }  // namespace
 
-int estimate_run_size(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate) {
+int estimate_run_size(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate,
+                      SurveyCoverage* coverage) {
     int status = -1;
     try {
         // The readers take the data file names whole, as the creation gives them.
         WholeDataFileNames whole_names(session);
-        status = run_estimate(session, options, estimate);
+        status = run_estimate(session, options, estimate, coverage);
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(std::string("An error occurred while estimating the run's size: ") + fault.what());
+        session.dialogue.message_box(std::string(coverage ? "An error occurred while trying the observed data on the mesh: "
+                                                          : "An error occurred while estimating the run's size: ") +
+                                     fault.what());
         status = -1;
     }
     // What a creation would hold is given back: only the figures stay.

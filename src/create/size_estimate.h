@@ -10,6 +10,7 @@
 namespace invsetup {
 struct Session;
 struct InversionDefinition;
+struct SurveyCoverage;
 
 /// One tile of a tiled run: its indices and what its inversion holds.
 struct TileSize {
@@ -62,9 +63,11 @@ struct SizeEstimateOptions {
 };
 
 /// The estimate for session.definition on session.mesh (built by the checks). Grids the topography
-/// and reads the observed data as a creation would, and gives them back afterwards. Returns 0, or -1
+/// and reads the observed data as a creation would, and gives them back afterwards. With `coverage`
+/// the same pass fills it too, and the data file is then read whatever its length. Returns 0, or -1
 /// after the message of the reader that failed.
-int estimate_run_size(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate);
+int estimate_run_size(Session& session, const SizeEstimateOptions& options, SizeEstimate& estimate,
+                      SurveyCoverage* coverage = nullptr);
 
 /// The report, one line each, the warnings last ("Warning: ...").
 std::vector<std::string> size_report(const SizeEstimate& estimate);

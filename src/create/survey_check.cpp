@@ -2,9 +2,7 @@
 #include "create/survey_check.h"
 
 #include <algorithm>
-#include <exception>
 
-#include "create/create_inversion.h"
 #include "data/observed_data.h"
 #include "data/topography.h"
 #include "session.h"
@@ -27,41 +25,25 @@ bool points_hold_core(const Topography& topography, const InversionMesh& mesh, i
 
 }  // namespace
 
-int survey_coverage(Session& session, SurveyCoverage& coverage) {
+void take_surface_coverage(const Session& session, SurveyCoverage& coverage) {
     const InversionDefinition& d = session.definition;
     coverage = SurveyCoverage{};
     coverage.grids = d.obs_data_file_type == 1;
     coverage.data_file = d.data_file_names[coverage.grids ? 2 : 0];
-    int status = 0;
-    try {
-        WholeDataFileNames whole_names(session);
-        session.bins.size_bins(session.mesh.nx, session.mesh.ny);
-        if (d.topo_type == 0) {
-            coverage.topography_file = d.data_file_names[1];
-            coverage.topography_is_grid = d.data_file_kinds[1] != 0;
-            status = grid_topography(session);
-            if (status >= 0 && !coverage.topography_is_grid)
-                coverage.points_hold_core =
-                    points_hold_core(session.topography, session.mesh, d.add_mesh_padding != 0 ? 4 : 0);
-        }
-        if (status >= 0) status = process_inversion_data(session);
-        if (status >= 0) {
-            const ObservationList& list = session.readings;
-            coverage.readings = coverage.grids ? list.cells_sampled : list.read_count;
-            coverage.valid = coverage.readings - list.left_out_null;
-            coverage.inside_core = coverage.valid - list.left_out_outside;
-            coverage.on_topography = coverage.inside_core - list.left_out_no_topography;
-            coverage.kept = session.bins.bin_total;
-        }
-    } catch (const std::exception& fault) {
-        session.dialogue.message_box("An error occurred while trying the observed data on the mesh: " +
-                                     std::string(fault.what()));
-        status = -1;
-    }
-    session.bins.size_bins(1, 1);
-    session.readings = ObservationList{};
-    session.topography.clear();
-    return status < 0 ? -1 : 0;
+    if (d.topo_type != 0) return;
+    coverage.topography_file = d.data_file_names[1];
+    coverage.topography_is_grid = d.data_file_kinds[1] != 0;
+    if (!coverage.topography_is_grid)
+        coverage.points_hold_core = points_hold_core(session.topography, session.mesh, d.add_mesh_padding != 0 ? 4 : 0);
+}
+
+void take_reading_coverage(const Session& session, SurveyCoverage& coverage) {
+    const ObservationList& list = session.readings;
+    coverage.readings = coverage.grids ? list.cells_sampled : list.read_count;
+    coverage.valid = coverage.readings - list.left_out_null;
+    coverage.inside_core = coverage.valid - list.left_out_outside;
+    coverage.on_topography = coverage.inside_core - list.left_out_no_topography;
+    coverage.kept = session.bins.bin_total;
 }
 
 }  // namespace invsetup

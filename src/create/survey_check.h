@@ -1,5 +1,6 @@
 // src/create/survey_check.h - what the observed data will give a creation, found before one: the
 // readings of the file, how many lie inside the mesh core, how many have topography under them.
+// The size estimate's data pass fills it (estimate_run_size), so that the data is read once.
 #pragma once
 #include <string>
 
@@ -25,9 +26,11 @@ struct SurveyCoverage {
     bool points_hold_core = true;
 };
 
-/// Grids the topography and conditions the observed data on session.mesh exactly as a creation does,
-/// writing nothing, and gives back what it sized. Needs a checked definition and its mesh. Returns 0,
-/// or -1 after the reader's or the gridding's message.
-int survey_coverage(Session& session, SurveyCoverage& coverage);
+/// The files and the surface part, from session.topography as the topography gridding of a
+/// creation's data pass left it (call it before the readings are taken).
+void take_surface_coverage(const Session& session, SurveyCoverage& coverage);
+/// The reading counts, from session.readings and session.bins as the conditioning of the observed
+/// data on session.mesh left them.
+void take_reading_coverage(const Session& session, SurveyCoverage& coverage);
 
 }  // namespace invsetup

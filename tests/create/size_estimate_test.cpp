@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "commands/commands.h"
+#include "create/survey_check.h"
 #include "definition/definition_checks.h"
 #include "definition/parameter_file.h"
 #include "form/form_load.h"
@@ -98,6 +99,17 @@ TEST_F(SizeEstimateRun, ReadOrEstimatedReadingsGiveTheMatrix) {
     EXPECT_EQ(estimate.readings, 4);
     EXPECT_TRUE(estimate.readings_estimated);
     EXPECT_EQ(size_report(estimate)[2], "Readings kept:            4 (estimated from the data file's size)");
+
+    // The check's readings report comes from the same pass, which then reads even a long file.
+    SurveyCoverage coverage;
+    ASSERT_EQ(estimate_run_size(session, options, estimate, &coverage), 0);
+    EXPECT_FALSE(estimate.readings_estimated);
+    EXPECT_EQ(coverage.readings, 5);
+    EXPECT_EQ(coverage.on_topography, 5);
+    EXPECT_EQ(coverage.kept, estimate.readings);
+    EXPECT_EQ(fs::path(coverage.topography_file).filename(), "topo.csv");
+    EXPECT_TRUE(coverage.points_hold_core);
+    EXPECT_EQ(session.bins.bin_total, 0);
 
     // The in-house method builds one matrix per data type.
     session.definition.inversion_method = method_zarninv3d;
