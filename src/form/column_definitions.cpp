@@ -161,7 +161,11 @@ void display_data_file(Session& session, int slot) {
 
     const std::string& name = definition.data_file_names.at(s);
     const std::filesystem::path path = data_file_path(session, name);
-    if (trim(name).empty() || !is_existing_file(path)) {
+    const bool exists = !trim(name).empty() && is_existing_file(path);
+    const bool grid = exists && slot >= 1 && is_grid_file(path.string());
+    // The topography's points picture has nothing to show for a grid: the grid's own picture shows it.
+    if (slot == 1) form.set_visible("Picture_topo_points", !grid);
+    if (!exists) {
         definition.data_file_kinds.at(s) = kind_text;
         // Only an empty name means "no topography". A named file that has gone missing keeps the
         // data file on, so that the checks ask for it and say so, rather than quietly inverting
@@ -171,7 +175,7 @@ void display_data_file(Session& session, int slot) {
     }
 
     const bool has_image_frame = form.has_control("Frame_data_file_image", slot);
-    if (slot >= 1 && is_grid_file(path.string())) {
+    if (grid) {
         definition.data_file_kinds.at(s) = kind_grid;
         if (has_image_frame) {
             const Control& frame = form.control("Frame_data_file_definitions", slot);

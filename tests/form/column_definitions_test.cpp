@@ -53,6 +53,19 @@ TEST_F(ColumnDefinitions, KindIsFoundWhenTheFileIsShown) {
     EXPECT_EQ(box("Text_data_locations", 1), "topo.csv");
     EXPECT_EQ(session.definition.topo_type, 0);
     EXPECT_TRUE(session.form.checked("Check_topo_type", 0));
+    EXPECT_TRUE(session.form.control("Picture_topo_points").visible);
+
+    // A topography grid shows in its own picture, in place of the format; the points picture goes.
+    use_file(1, "topo.asc", "ncols 2\nnrows 2\nxllcorner 0\nyllcorner 0\ncellsize 10\n1 2\n3 4\n");
+    display_data_file(session, 1);
+    EXPECT_EQ(session.definition.data_file_kinds[1], 1);
+    EXPECT_TRUE(session.form.control("Frame_data_file_image", 1).visible);
+    EXPECT_FALSE(session.form.control("Frame_data_file_definitions", 1).visible);
+    EXPECT_FALSE(session.form.control("Picture_topo_points").visible);
+    use_file(1, "topo.csv", "x,y,z\r\n1,2,3\r\n");
+    display_data_file(session, 1);
+    EXPECT_TRUE(session.form.control("Picture_topo_points").visible);
+    EXPECT_TRUE(session.form.control("Frame_data_file_definitions", 1).visible);
 
     use_file(0, "survey.gdb", "binary");
     display_data_file(session, 0);
