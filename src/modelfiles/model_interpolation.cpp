@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "grids/interval_search.h"
@@ -20,6 +21,89 @@ float asinh_value(float v) {
     const float magnitude = std::fabs(v);
     const float result = std::log(magnitude + std::sqrt(v * v + 1.0f));
     return v < 0 ? -result : result;
+}
+
+namespace {
+
+/// Rising offsets: the largest index (from 1) whose offset is at or below v, kept to 1..count - 1, so
+/// that it names a cell between two nodes.
+int cell_before(const std::vector<double>& offsets, double v) {
+    const int count = static_cast<int>(offsets.size());
+    if (count < 2) return 1;
+    const int after = static_cast<int>(std::upper_bound(offsets.begin(), offsets.end(), v) - offsets.begin());
+    return std::clamp(after, 1, std::max(1, count - 1));
+}
+
+/// The fractions (fx, fy) at which the bilinear blend of the corners a, b (along the row), c, d (the
+/// next row) meets the point p; Newton's method from the cell's middle, exact in one step for a
+/// parallelogram. False when the cell is degenerate there.
+bool blend_fractions(const std::array<double, 2>& a, const std::array<double, 2>& b, const std::array<double, 2>& c,
+                     const std::array<double, 2>& d, double x, double y, double& fx, double& fy) {
+    const double ex = b[0] - a[0], ey = b[1] - a[1];
+    const double gx = c[0] - a[0], gy = c[1] - a[1];
+    const double hx = a[0] - b[0] - c[0] + d[0], hy = a[1] - b[1] - c[1] + d[1];
+    fx = fy = 0.5;
+    for (int step = 0; step < 30; ++step) {
+        const double rx = a[0] + fx * ex + fy * gx + fx * fy * hx - x;
+        const double ry = a[1] + fx * ey + fy * gy + fx * fy * hy - y;
+        const double j11 = ex + fy * hx, j12 = gx + fx * hx;
+        const double j21 = ey + fy * hy, j22 = gy + fx * hy;
+        const double det = j11 * j22 - j12 * j21;
+        if (det == 0 || !std::isfinite(det)) return false;
+        const double du = (j22 * rx - j12 * ry) / det;
+        const double dv = (j11 * ry - j21 * rx) / det;
+        fx -= du;
+        fy -= dv;
+        if (std::fabs(du) + std::fabs(dv) < 1e-13) break;
+    }
+    return std::isfinite(fx) && std::isfinite(fy);
+}
+
+}  // namespace
+
+TrapezoidLookup::TrapezoidLookup(const LoadedMesh& mesh) : mesh_(mesh) {
+    const MeshTrapezoid& t = mesh.trapezoid;
+    along_.resize(static_cast<std::size_t>(mesh.nx) + 1);
+    across_.resize(static_cast<std::size_t>(mesh.ny) + 1);
+    for (int i = 1; i <= mesh.nx + 1; ++i) along_[static_cast<std::size_t>(i - 1)] = t.x_table(i, 3);
+    for (int j = 1; j <= mesh.ny + 1; ++j) across_[static_cast<std::size_t>(j - 1)] = t.y_table(j, 4);
+    // A mesh whose columns run the other way round has falling offsets: no guess there, the walk
+    // starts from the first cell.
+    if (!std::is_sorted(along_.begin(), along_.end())) along_.clear();
+    if (!std::is_sorted(across_.begin(), across_.end())) across_.clear();
+}
+
+bool TrapezoidLookup::find(double x, double y, TrapezoidCell& cell) const {
+    const MeshTrapezoid& t = mesh_.trapezoid;
+    const int nx = mesh_.nx, ny = mesh_.ny;
+    if (nx < 1 || ny < 1) return false;
+    const double ex = x - t.nodes(1, 1)[0], ey = y - t.nodes(1, 1)[1];
+    int i = cell_before(along_, ex * t.cos_rotation + ey * t.sin_rotation);
+    int j = cell_before(across_, -ex * t.sin_rotation + ey * t.cos_rotation);
+    constexpr double tolerance = 1e-9;
+    for (int step = 0; step < nx + ny + 4; ++step) {
+        double fx = 0, fy = 0;
+        if (!blend_fractions(t.nodes(i, j), t.nodes(i + 1, j), t.nodes(i, j + 1), t.nodes(i + 1, j + 1), x, y, fx, fy))
+            return false;
+        const int di = fx < -tolerance ? -1 : fx > 1 + tolerance ? 1 : 0;
+        const int dj = fy < -tolerance ? -1 : fy > 1 + tolerance ? 1 : 0;
+        if (di == 0 && dj == 0) {
+            cell = TrapezoidCell{i, j, std::clamp(fx, 0.0, 1.0), std::clamp(fy, 0.0, 1.0)};
+            return true;
+        }
+        const int next_i = std::clamp(i + di, 1, nx), next_j = std::clamp(j + dj, 1, ny);
+        if (next_i == i && next_j == j) return false;  // beyond the mesh's outer nodes
+        i = next_i;
+        j = next_j;
+    }
+    return false;
+}
+
+void TrapezoidLookup::map_point(int i, int j, double fx, double fy, double& x, double& y) const {
+    const MeshTrapezoid& t = mesh_.trapezoid;
+    const std::array<double, 2>&a = t.nodes(i, j), &b = t.nodes(i + 1, j), &c = t.nodes(i, j + 1), &d = t.nodes(i + 1, j + 1);
+    x = (1 - fy) * ((1 - fx) * a[0] + fx * b[0]) + fy * ((1 - fx) * c[0] + fx * d[0]);
+    y = (1 - fy) * ((1 - fx) * a[1] + fx * b[1]) + fy * ((1 - fx) * c[1] + fx * d[1]);
 }
 
 namespace {
@@ -49,11 +133,10 @@ AxisPlace place_on_axis(const Array1<double>& centres, int n, int cell, double p
     return place;
 }
 
-/// The surface of the source at (x, y): the bilinear blend of its four corner nodes, or -1e32.
-float source_surface(const LoadedMesh& source, int i, int j, double x, double y) {
+/// The surface of the source in its cell (i, j) at the fractions fx, fy: the bilinear blend of the
+/// cell's four corner nodes, or -1e32 when one is missing.
+float source_surface(const LoadedMesh& source, int i, int j, double fx, double fy) {
     if (source.topo_grid.rows() < source.nx + 1 || source.topo_grid.columns() < source.ny + 1) return null_cell;
-    const double fx = (x - source.x_nodes[i]) / source.dx[i];
-    const double fy = (y - source.y_nodes[j]) / source.dy[j];
     const float a = source.topo_grid(i, j), b = source.topo_grid(i + 1, j);
     const float c = source.topo_grid(i, j + 1), d = source.topo_grid(i + 1, j + 1);
     if (is_null(a) || is_null(b) || is_null(c) || is_null(d)) return null_cell;
@@ -169,7 +252,72 @@ struct Sampler {
 
 bool depth_from_surface(const LoadedMesh& source) {
     const int format = source.mesh_format;
-    return format == 3 || format == 4 || format == 5 || source.surface_varies != 0;
+    if (format == 4) return source.has_topo;
+    return format == 3 || format == 5 || source.surface_varies != 0;
+}
+
+bool is_trapezoidal(const LoadedMesh& source) {
+    const MeshTrapezoid& t = source.trapezoid;
+    return source.has_trapezoid == 1 && t.nodes.rows() == source.nx + 1 && t.nodes.columns() == source.ny + 1 &&
+           t.x_table.rows() == source.nx + 1 && t.y_table.rows() == source.ny + 1;
+}
+
+/// Where a point lies on the source: its cell column, its place between the cell centres, and the
+/// surface there (for a mesh that counts depth from it).
+struct SourceColumn {
+    int i = 0, j = 0;
+    AxisPlace px, py;
+    float surface = 0;
+};
+
+/// The column of the source holding (x, y): mesh coordinates on a rectangular source, map
+/// coordinates on a trapezoidal one. False outside the source or under a missing surface.
+bool source_column(const LoadedMesh& source, const TrapezoidLookup* trapezoid, double x, double y,
+                   SourceColumn& column) {
+    double fx = 0, fy = 0;
+    if (trapezoid) {
+        TrapezoidCell cell;
+        if (!trapezoid->find(x, y, cell)) return false;
+        column.i = cell.i;
+        column.j = cell.j;
+        fx = cell.fx;
+        fy = cell.fy;
+        // The point's place in the mesh's own frame.
+        x = source.x_nodes[cell.i] + fx * source.dx[cell.i];
+        y = source.y_nodes[cell.j] + fy * source.dy[cell.j];
+    } else {
+        int flag_x = 0, flag_y = 0;
+        column.i = interval_search(source.x_nodes, source.nx + 1, x, flag_x);
+        column.j = interval_search(source.y_nodes, source.ny + 1, y, flag_y);
+        if (flag_x != interval_inside || flag_y != interval_inside) return false;
+        fx = (x - source.x_nodes[column.i]) / source.dx[column.i];
+        fy = (y - source.y_nodes[column.j]) / source.dy[column.j];
+    }
+    if (depth_from_surface(source)) {
+        column.surface = source_surface(source, column.i, column.j, fx, fy);
+        if (is_null(column.surface)) return false;
+    }
+    column.px = place_on_axis(source.x_centres, source.nx, column.i, x);
+    column.py = place_on_axis(source.y_centres, source.ny, column.j, y);
+    return true;
+}
+
+/// The depth in the source's own z of the elevation z in `column`: meshes hung from their surface
+/// count it from there.
+double source_depth(const LoadedMesh& source, const SourceColumn& column, double z) {
+    if (!depth_from_surface(source)) return z;
+    const float surface = column.surface;
+    if (source.mesh_format == 4 || source.mesh_format == 5) {
+        double d = z - surface;
+        if (d < 0 && source.drape_range > 0) d = source.drape_range * d / (surface - source.drape_bottom);
+        return d + source.z_nodes[1];
+    }
+    return z - surface + source.z_nodes[1];
+}
+
+float sample_column(int mode, const Sampler& sampler, const SourceColumn& column, double d) {
+    const int u = sampler.layer(column.i, column.j, d);
+    return sampler.blend(mode, column.px, column.py, sampler.place_z(d, u));
 }
 
 bool model_fits(const LoadedMesh& source, const ModelValues& values) {
@@ -182,28 +330,11 @@ bool model_fits(const LoadedMesh& source, const ModelValues& values) {
 float sample_model(int mode, const LoadedMesh& source, const LoadedModel& model, double x, double y, double z) {
     const ModelValues& values = model.values;
     if (!model_fits(source, values)) return null_cell;
-    int flag_x = 0, flag_y = 0;
-    const int i = interval_search(source.x_nodes, source.nx + 1, x, flag_x);
-    const int j = interval_search(source.y_nodes, source.ny + 1, y, flag_y);
-    if (flag_x != interval_inside || flag_y != interval_inside) return null_cell;
-
-    // The depth in the source's own z: meshes hung from their surface count it from there.
-    double d = z;
-    if (depth_from_surface(source)) {
-        const float surface = source_surface(source, i, j, x, y);
-        if (is_null(surface)) return null_cell;
-        if (source.mesh_format == 4 || source.mesh_format == 5) {
-            d = z - surface;
-            if (d < 0 && source.drape_range > 0) d = source.drape_range * d / (surface - source.drape_bottom);
-            d += source.z_nodes[1];
-        } else {
-            d = z - surface + source.z_nodes[1];
-        }
-    }
-    const Sampler sampler(source, values);
-    const int u = sampler.layer(i, j, d);
-    return sampler.blend(mode, place_on_axis(source.x_centres, source.nx, i, x),
-                         place_on_axis(source.y_centres, source.ny, j, y), sampler.place_z(d, u));
+    std::optional<TrapezoidLookup> trapezoid;
+    if (is_trapezoidal(source)) trapezoid.emplace(source);
+    SourceColumn column;
+    if (!source_column(source, trapezoid ? &*trapezoid : nullptr, x, y, column)) return null_cell;
+    return sample_column(mode, Sampler(source, values), column, source_depth(source, column, z));
 }
 
 void interpolate_model_to_mesh(Dialogue& dialogue, int mode, int fill_columns, const LoadedMesh& source,
@@ -242,7 +373,7 @@ void interpolate_model_to_mesh(Dialogue& dialogue, int mode, int fill_columns, c
     const bool draped = target.surface_nodes != nullptr && target.mesh_format == 5;
     ProgressMeter progress(dialogue, static_cast<double>(mesh.nx) * mesh.ny * mesh.nz);
     double done = 0;
-    if (source_ready && model_fits(source, values) && !draped && !depth_from_surface(source)) {
+    if (source_ready && model_fits(source, values) && !draped && !depth_from_surface(source) && !is_trapezoidal(source)) {
         // Plain elevations on both sides: each target column's x and y places and each layer's z place
         // are found once; a cell whose own source cell is null takes the full rule.
         struct Place {
@@ -289,22 +420,45 @@ void interpolate_model_to_mesh(Dialogue& dialogue, int mode, int fill_columns, c
                 progress.advance(done);
             }
         }
-    } else if (source_ready) {
+    } else if (source_ready && model_fits(source, values)) {
+        // Each target column is found on the source once; its layers differ only in depth.
+        std::optional<TrapezoidLookup> trapezoid;
+        if (is_trapezoidal(source)) trapezoid.emplace(source);
+        const Sampler sampler(source, values);
         for (int j = 1; j <= mesh.ny; ++j) {
-            const double y = mesh.y_centres[j];
             for (int i = 1; i <= mesh.nx; ++i) {
-                const double x = mesh.x_centres[i];
+                const auto skip = [&] {
+                    done += mesh.nz;
+                    progress.advance(done);
+                };
+                double x = mesh.x_centres[i], y = mesh.y_centres[j];
+                if (trapezoid) {
+                    // The centre's place on the map: the blend of the nodes of the source cell it stands in.
+                    int flag_x = 0, flag_y = 0;
+                    const int a = interval_search(source.x_nodes, source.nx + 1, x, flag_x);
+                    const int b = interval_search(source.y_nodes, source.ny + 1, y, flag_y);
+                    if (flag_x != interval_inside || flag_y != interval_inside) {
+                        skip();
+                        continue;
+                    }
+                    trapezoid->map_point(a, b, (x - source.x_nodes[a]) / source.dx[a],
+                                         (y - source.y_nodes[b]) / source.dy[b], x, y);
+                }
                 float surface = 0;
                 if (draped) {
                     // The surface at the centre: the mean of the four corners, when all are present.
                     const Array2<float>& nodes = *target.surface_nodes;
                     const float a = nodes(i, j), b = nodes(i + 1, j), c = nodes(i, j + 1), d = nodes(i + 1, j + 1);
                     if (is_null(a) || is_null(b) || is_null(c) || is_null(d)) {
-                        done += mesh.nz;
-                        progress.advance(done);
+                        skip();
                         continue;
                     }
                     surface = static_cast<float>(0.5 * (0.5 * a + 0.5 * b) + 0.5 * (0.5 * c + 0.5 * d));
+                }
+                SourceColumn column;
+                if (!source_column(source, trapezoid ? &*trapezoid : nullptr, x, y, column)) {
+                    skip();
+                    continue;
                 }
                 for (int k = 1; k <= mesh.nz; ++k) {
                     double z = mesh.z_centres[k];
@@ -313,10 +467,9 @@ void interpolate_model_to_mesh(Dialogue& dialogue, int mode, int fill_columns, c
                         if (z < 0 && target.drape_range > 0) offset = (surface - target.drape_bottom) * z / target.drape_range;
                         z = surface + offset;
                     }
-                    target_values.at(i, j, k) = sample_model(mode, source, model, x, y, z);
+                    target_values.at(i, j, k) = sample_column(mode, sampler, column, source_depth(source, column, z));
                 }
-                done += mesh.nz;
-                progress.advance(done);
+                skip();
             }
         }
     }

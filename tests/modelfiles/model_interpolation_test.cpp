@@ -1,6 +1,7 @@
 // tests/modelfiles/model_interpolation_test.cpp - a model on a 2 x 2 x 2 mesh of 10 m cells sampled at
 // points worked out by hand: inside, on a cell boundary, in the edge cells beyond the centres, above
-// the top centre, outside, under a null cell, and a target column cut at its surface.
+// the top centre, outside, under a null cell, and a target column cut at its surface; a trapezoidal
+// source whose cells are found from map points.
 #include "modelfiles/model_interpolation.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include "modelfiles/mesh_file_read.h"
 #include "modelfiles/model_file_read.h"
 #include "session.h"
+#include "test_support.h"
 
 namespace invsetup {
 namespace {
@@ -109,6 +111,104 @@ TEST_F(Interpolation, FillsColumnsFromTheirFirstCellAndCutsAtTheSurface) {
     EXPECT_FLOAT_EQ(model.values.at(1, 1, 1), -1e32f);
     EXPECT_FLOAT_EQ(model.values.at(1, 1, 2), 211);
     EXPECT_FLOAT_EQ(model.values.at(2, 2, 2), -1e32f);
+}
+
+// A trapezoidal mesh of 3 x 2 x 2 cells of 10 m, its nodes on the map turned by the 3-4-5 bearing
+// (along the rows 0.8, 0.6 per metre, across them -0.6, 0.8) from (1000, 2000); the far corner node
+// (4, 3) is moved 5 m further along its row, so cell (3, 2) is a true trapezoid. The surface rises
+// 1 m a column from 20. The model is the linear field of the rectangular cases, in the mesh's frame.
+struct TrapezoidInterpolation : ::testing::Test {
+    HeadlessDialogue dialogue;
+    Session session{dialogue};
+    LoadedMesh& source = session.loaded_mesh;
+    LoadedModel& model = session.loaded_model;
+
+    void SetUp() override {
+        ASSERT_EQ(read_mesh_file(session, testing::test_data("mesh/trapezoid.msh").string()), 0);
+        model.values.size(3, 2, 2);
+        for (int k = 1; k <= 2; ++k)
+            for (int j = 1; j <= 2; ++j)
+                for (int i = 1; i <= 3; ++i) model.values.at(i, j, k) = static_cast<float>(i + 10 * j + 100 * k);
+    }
+};
+
+TEST_F(TrapezoidInterpolation, ReaderBuildsTheBearingAndRowTables) {
+    EXPECT_EQ(source.mesh_format, 4);
+    EXPECT_EQ(source.has_trapezoid, 1);
+    EXPECT_TRUE(source.has_topo);
+    const MeshTrapezoid& t = source.trapezoid;
+    EXPECT_NEAR(t.rotation, 36.869898, 1e-5);  // every row, the moved one too, runs 3 across 4
+    EXPECT_NEAR(t.cos_rotation, 0.8, 1e-6);
+    EXPECT_NEAR(t.sin_rotation, 0.6, 1e-6);
+    EXPECT_EQ(t.x_table(2, 1), 1008);
+    EXPECT_EQ(t.x_table(2, 2), 2006);
+    EXPECT_NEAR(t.x_table(4, 3), 30, 1e-4);  // along the bearing
+    EXPECT_NEAR(t.x_table(4, 4), 0, 1e-4);
+    EXPECT_EQ(t.y_table(3, 1), 988);
+    EXPECT_NEAR(t.y_table(3, 3), 0, 1e-4);
+    EXPECT_NEAR(t.y_table(3, 4), 20, 1e-4);  // across it
+}
+
+TEST_F(TrapezoidInterpolation, MapPointsFindTheirCellAndSampleTheModel) {
+    // Map points worked out from the nodes: the blend of the cell's corners at (fx, fy); the mesh
+    // position is the cell's node plus the fractions of its widths, the depth counts from the
+    // surface blended the same way (d = z - surface + 20).
+    struct Case {
+        double x, y, z;
+        int i, j;
+        double fx, fy;
+        float expected;
+    };
+    const Case cases[] = {
+        {1009, 2013, 16.5, 2, 1, 0.5, 0.5, 112},          // position (15, 5), surface 21.5, d 15: a centre
+        {999.8, 2003.6, 15.2, 1, 1, 0.2, 0.3, 108.7f},    // (2, 3), before the first centres, surface 20.2
+        {1012, 2027.75, 12.5, 3, 2, 0.5, 0.5, 173},       // the trapezoid's middle: (25, 15), d 10
+        {1009.5, 2025.875, 12.25, 3, 2, 0.25, 0.5, 172.75f},  // (22.5, 15), surface 22.25, d 10
+        {1016, 2037, 13, 3, 2, 1, 1, 178.5f},             // the far corner node: (30, 20), surface 23, d 10
+    };
+    const TrapezoidLookup lookup(source);
+    for (const Case& c : cases) {
+        TrapezoidCell cell;
+        ASSERT_TRUE(lookup.find(c.x, c.y, cell)) << c.x << " " << c.y;
+        EXPECT_EQ(cell.i, c.i) << c.x << " " << c.y;
+        EXPECT_EQ(cell.j, c.j) << c.x << " " << c.y;
+        EXPECT_NEAR(cell.fx, c.fx, 1e-9) << c.x << " " << c.y;
+        EXPECT_NEAR(cell.fy, c.fy, 1e-9) << c.x << " " << c.y;
+        EXPECT_NEAR(sample_model(1, source, model, c.x, c.y, c.z), c.expected, 1e-3) << c.x << " " << c.y;
+    }
+    // Beside the first row, beyond the moved corner, past the last column: nothing.
+    for (const auto& [x, y] : {std::pair{990.0, 2000.0}, std::pair{1020.0, 2040.0}, std::pair{1030.0, 2020.0}}) {
+        TrapezoidCell cell;
+        EXPECT_FALSE(lookup.find(x, y, cell)) << x << " " << y;
+        EXPECT_FLOAT_EQ(sample_model(1, source, model, x, y, 10), -1e32f) << x << " " << y;
+    }
+    // Without its surface the mesh's z is an elevation: z 15 is the top centre.
+    source.has_topo = false;
+    EXPECT_NEAR(sample_model(1, source, model, 1009, 2013, 15), 112, 1e-3);
+}
+
+TEST_F(TrapezoidInterpolation, RefinedMeshInTheSourceFrameIsSampledThroughTheMap) {
+    // Cells of 5 x 5 x 10 m over the same frame: each centre goes to the map through the source's
+    // nodes and is found there again.
+    InversionMesh target;
+    target.nx = 6;
+    target.ny = 4;
+    target.nz = 2;
+    target.size_arrays();
+    for (int i = 1; i <= 6; ++i) target.dx[i] = 5;
+    for (int j = 1; j <= 4; ++j) target.dy[j] = 5;
+    for (int k = 1; k <= 2; ++k) target.dz[k] = 10;
+    target.x_nodes[1] = target.y_nodes[1] = 0;
+    target.z_nodes[1] = 20;
+    lay_nodes(target);
+    InterpolationTarget where;
+    where.mesh = &target;
+    ModelValues values;
+    interpolate_model_to_mesh(dialogue, 1, 1, source, model, where, values);
+    // (7.5, 12.5, 15): source cell (1, 2) at (.75, .25), surface 20.75, d 14.25.
+    EXPECT_NEAR(values.at(2, 3, 1), 1.25f + 17.5f + 107.5f, 1e-3);
+    // (27.5, 17.5, 5) in the trapezoid at (.75, .75): surface 22.75, d 2.25, below the bottom centre.
+    EXPECT_NEAR(values.at(6, 4, 2), 3.25f + 22.5f + 200, 1e-3);
 }
 
 TEST(ModelTransforms, SinhUndoesAsinh) {
