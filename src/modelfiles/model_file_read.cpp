@@ -397,8 +397,12 @@ void condition_values(Session& session, LoadedModel& model) {
             if (value > model.model_max) model.model_max = value;
         }
     }
-    if (model.model_min < model.model_max) model.display_mode = model.model_min > 0 ? 2 : 1;
     LoadedMesh& mesh = session.loaded_mesh;
+    if (model.model_min < model.model_max) {
+        model.display_mode = model.model_min > 0 ? 2 : 1;
+        // A trapezoidal mesh's model is shown from 0 up.
+        if (mesh.mesh_format == 4) model.model_min = 0;
+    }
     // A mesh that holds its own surface keeps it; the model's surface stands in only for a missing one.
     if (!mesh.has_topo) surface_from_model(mesh, values);
 }

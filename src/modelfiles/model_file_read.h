@@ -42,9 +42,9 @@ int read_model_file(Dialogue& dialogue, const std::string& file_name, const Load
 
 /// Clears session.loaded_model, reads the file for session.loaded_mesh and conditions the values:
 /// nulls (at or below null_value) become -1e32, the rest are scaled (kinds 6 and 8 inverted), the
-/// extremes and display mode are set. When the loaded mesh holds no surface, its surface is taken
-/// from the model (the top of the first present cell of each column; topo_min and topo_max too). Returns 0 or -1 as
-/// read_model_file.
+/// extremes and display mode are set (on a trapezoidal mesh the minimum shown is 0). When the loaded
+/// mesh holds no surface, its surface is taken from the model (the top of the first present cell of
+/// each column; topo_min and topo_max too). Returns 0 or -1 as read_model_file.
 int load_model(Session& session, const std::string& file_name);
 
 }  // namespace invsetup

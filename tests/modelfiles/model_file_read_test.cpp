@@ -120,6 +120,12 @@ TEST_F(ModelRead, KindsSixAndEightHoldTheInverse) {
     EXPECT_FLOAT_EQ(model.model_min, 1);
     EXPECT_FLOAT_EQ(model.model_max, 100);
     EXPECT_EQ(model.display_mode, 2);
+    // On a trapezoidal mesh the range shown starts at 0; the display mode was decided before.
+    mesh.mesh_format = 4;
+    ASSERT_EQ(load_model(session, (dir.path() / "m.bin").string()), 0);
+    EXPECT_FLOAT_EQ(model.model_min, 0);
+    EXPECT_FLOAT_EQ(model.model_max, 100);
+    EXPECT_EQ(model.display_mode, 2);
 }
 
 TEST_F(ModelRead, MulticomponentAsksForTheComponent) {
