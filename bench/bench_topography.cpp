@@ -77,9 +77,16 @@ int main(int argc, char** argv) {
     }
     // The two phases alone: building the triangulation, and the walk over centres and nodes.
     const invsetup::Topography& topography = session.topography;
+    // (the generated points all lie within the mesh's margin, so the file's points are the surface's
+    // points without the four closing ones)
+    std::vector<double> px(static_cast<std::size_t>(point_count)), py(px.size());
+    for (int n = 1; n <= point_count; ++n) {
+        px[static_cast<std::size_t>(n - 1)] = locations(n, 1);
+        py[static_cast<std::size_t>(n - 1)] = locations(n, 2);
+    }
     invsetup::Triangulation again;
     const Clock::time_point build_start = Clock::now();
-    again.build(topography.topo_x, topography.topo_y);
+    again.build(px, py);
     const double build_time = seconds_since(build_start);
     std::vector<double> qx, qy;
     for (int j = 1; j <= cells + 1; ++j)

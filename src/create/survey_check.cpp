@@ -14,13 +14,8 @@ namespace {
 /// Whether the topography points (the readings of the file, without the closing points round the
 /// mesh) reach over the area of the mesh that takes readings.
 bool points_hold_core(const Topography& topography, const InversionMesh& mesh, int margin) {
-    constexpr std::size_t closing_points = 4;
-    const std::size_t count = topography.topo_x.size() > closing_points ? topography.topo_x.size() - closing_points : 0;
-    if (count == 0) return false;
-    const auto [x_low, x_high] = std::minmax_element(topography.topo_x.begin(), topography.topo_x.begin() + count);
-    const auto [y_low, y_high] = std::minmax_element(topography.topo_y.begin(), topography.topo_y.begin() + count);
-    return *x_low <= mesh.x_nodes[1 + margin] && *x_high >= mesh.x_nodes[mesh.nx + 1 - margin] &&
-           *y_low <= mesh.y_nodes[1 + margin] && *y_high >= mesh.y_nodes[mesh.ny + 1 - margin];
+    return topography.points_extent.holds(mesh.x_nodes[1 + margin], mesh.x_nodes[mesh.nx + 1 - margin],
+                                          mesh.y_nodes[1 + margin], mesh.y_nodes[mesh.ny + 1 - margin]);
 }
 
 }  // namespace

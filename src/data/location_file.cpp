@@ -199,8 +199,10 @@ struct TextHash {
 /// One pass over a text file.
 class LocationPass {
 public:
-    LocationPass(const LocationFileSettings& settings, int mode, LocationData& data, LocationSummary& summary)
-        : settings_(settings), mode_(mode), data_(data), summary_(summary) {
+    /// With a sink the filling pass hands each reading to it and leaves `data` alone.
+    LocationPass(const LocationFileSettings& settings, int mode, LocationData& data, LocationSummary& summary,
+                 LocationSink* sink = nullptr)
+        : settings_(settings), mode_(mode), data_(data), summary_(summary), sink_(sink) {
         const int columns[] = {settings.x_column,        settings.y_column,        settings.z_column,
                                settings.value_columns[0], settings.value_columns[1], settings.value_columns[2],
                                settings.line_column,     settings.label_column,    settings.extra_value_column};
@@ -214,7 +216,7 @@ public:
         count_only_ = mode == location_count_pass && !settings.keep_ranges && !settings.has_limits &&
                       !(settings.integration_interval > 0);
         transform_on_ = settings.transform.active;
-        if (mode_ == location_fill_pass) {
+        if (mode_ == location_fill_pass && !sink_) {
             capacity_ = data.locations.rows();
             locations_ = data.locations.data();
             values_ = data.values.data();
@@ -302,7 +304,9 @@ private:
         if (line_count_ > 0 && name == line_name_) return;
         line_name_.assign(name);
         ++line_count_;
-        if (mode_ == location_fill_pass) {
+        if (sink_) {
+            sink_->begin_line(line_count_, line_name_);
+        } else if (mode_ == location_fill_pass) {
             data_.line_names[line_count_] = line_name_;
             data_.line_starts[line_count_] = count_ + 1;
         }
@@ -387,6 +391,18 @@ private:
     }
 
     void store(double x, double y, double z) {
+        if (sink_) {
+            LocationRecord record;
+            record.x = x;
+            record.y = y;
+            record.z = z;
+            record.values = value_;
+            record.extra = extra_;
+            record.line = line_count_;
+            record.label = label_;
+            sink_->take(record);
+            return;
+        }
         if (count_ > capacity_) throw std::runtime_error("the file holds more readings than when it was counted");
         const std::size_t n = static_cast<std::size_t>(count_ - 1);
         locations_[n * 3] = x;
@@ -424,6 +440,10 @@ private:
             data_.line_starts.assign(line_count_ + 1, count_ + 1);
             return;
         }
+        if (sink_) {
+            data_.count = count_;
+            return;
+        }
         if (count_ != capacity_ || line_count_ != data_.line_names.size())
             throw std::runtime_error("the file changed between its two readings");
         data_.count = count_;
@@ -450,6 +470,7 @@ private:
     const int mode_;
     LocationData& data_;
     LocationSummary& summary_;
+    LocationSink* const sink_;
 
     int maximum_column_ = 0;
     std::vector<unsigned> roles_;
@@ -481,8 +502,11 @@ private:
 
 }  // namespace
 
-int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, int mode, LocationData& data,
-                        LocationSummary& summary) {
+namespace {
+
+/// One pass of either kind, with the reader's messages for what stops it.
+int read_pass(Dialogue& dialogue, const LocationFileSettings& settings, int mode, LocationData& data,
+              LocationSummary& summary, LocationSink* sink) {
     const std::string file_name = settings.file.string();
     try {
         summary.value_sum = {};
@@ -501,7 +525,7 @@ int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings
             dialogue.message_box("The data file could not be opened: " + file_name);
             return -1;
         }
-        LocationPass pass(settings, mode, data, summary);
+        LocationPass pass(settings, mode, data, summary, sink);
         pass.run(lines, dialogue);
         return 0;
     } catch (const std::exception& fault) {
@@ -509,6 +533,24 @@ int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings
                                      fault.what());
         return -1;
     }
+}
+
+}  // namespace
+
+int read_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, int mode, LocationData& data,
+                        LocationSummary& summary) {
+    return read_pass(dialogue, settings, mode, data, summary, nullptr);
+}
+
+int stream_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, LocationSink& sink, int& count,
+                          LocationSummary& summary) {
+    // The counting pass's summary is wanted too (the sums and means of the values).
+    summary = LocationSummary{};
+    LocationData counted;
+    count = 0;
+    const int status = read_pass(dialogue, settings, location_fill_pass, counted, summary, &sink);
+    count = counted.count;
+    return status;
 }
 
 int read_locations_file(Session& session, const LocationFileSettings& settings, int mode, LocationData& data,

@@ -4,6 +4,7 @@
 #include <array>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/array1.h"
@@ -80,6 +81,34 @@ struct LocationData {
 /// Mode of read_locations_file.
 inline constexpr int location_count_pass = 0;  // count, keep minima and maxima, size `data`
 inline constexpr int location_fill_pass = 1;   // fill `data` (sized by a counting pass of the same file)
+
+/// One reading as the filling pass would store it: x, y and z after the transform (z null where its
+/// field was missing), the three values, the extra value, and its survey line (0 before the first
+/// line name or without a line column). The label is valid only during the call.
+struct LocationRecord {
+    double x = 0, y = 0, z = 0;
+    std::array<float, 3> values{};
+    double extra = 0;
+    int line = 0;
+    std::string_view label;
+};
+
+/// Takes the readings of one pass as they are read, for a caller that keeps less than every reading
+/// (a surface's points, the bins of a survey): one pass over the file instead of a counting pass and a
+/// filling pass into arrays. Densified points come as readings of their own.
+class LocationSink {
+public:
+    virtual ~LocationSink() = default;
+    /// Survey line `line` (from 1) begins, named `name` ("NA" for an empty field).
+    virtual void begin_line(int line, std::string_view name) = 0;
+    virtual void take(const LocationRecord& record) = 0;
+};
+
+/// Reads the point file of `settings` once, handing each reading to `sink` in file order; `count` is
+/// the readings handed, densified points included. The summary keeps the sums and means. Returns 0,
+/// or -1 after the messages of read_locations_file.
+int stream_locations_file(Dialogue& dialogue, const LocationFileSettings& settings, LocationSink& sink, int& count,
+                          LocationSummary& summary);
 
 /// Reads the point file of `settings`. In mode 0 it counts the readings into data.count, keeps the
 /// minima and maxima in `summary`, and sizes `data` for that count; in mode 1 it fills `data` and

@@ -85,30 +85,6 @@ LocationFileSettings observed_settings(const InversionDefinition& d, const Point
 
 }  // namespace
 
-struct ObservedReadAhead {
-    KeptMessages dialogue;
-    LocationData data;
-    LocationSummary summary;
-    std::future<int> status;  // last: the reader ends before what it fills goes
-    ~ObservedReadAhead() {
-        if (status.valid()) status.wait();
-    }
-};
-
-void read_observed_data_ahead(Session& session) {
-    const InversionDefinition& d = session.definition;
-    session.readings.read_ahead.reset();
-    if (d.obs_data_file_type != 0 || worker_thread_count() < 2) return;
-    PointTransform transform = d.coordinate_transform;
-    update_point_transform(transform);
-    auto ahead = std::make_shared<ObservedReadAhead>();
-    ObservedReadAhead* target = ahead.get();
-    ahead->status = std::async(std::launch::async, [target, settings = observed_settings(d, transform)] {
-        return load_locations_file(target->dialogue, settings, target->data, target->summary);
-    });
-    session.readings.read_ahead = std::move(ahead);
-}
-
 namespace {
 
 /// The columns of the mesh that take readings: x_first..x_end - 1 and y_first..y_end - 1 as cells,
@@ -140,28 +116,43 @@ float node_tolerance(double cell_size, const Array1<double>& nodes, int n) {
 }
 
 /// Where a reading lands on the mesh: the cell under it, and its place moved off the cell's edges.
+/// It keeps its own copy of the node and centre tables (a few hundred numbers), so that a reader on
+/// another thread places readings while this one writes the mesh.
 class CellPlacement {
 public:
     CellPlacement(const InversionMesh& mesh, const AcceptedRange& range, float x_tolerance, float y_tolerance)
-        : mesh_(mesh), x_low_(mesh.x_nodes[range.x_first]), x_high_(mesh.x_nodes[range.x_end]),
+        : x_nodes_(mesh.x_nodes), y_nodes_(mesh.y_nodes), x_centres_(mesh.x_centres), y_centres_(mesh.y_centres),
+          x_low_(mesh.x_nodes[range.x_first]), x_high_(mesh.x_nodes[range.x_end]),
           y_low_(mesh.y_nodes[range.y_first]), y_high_(mesh.y_nodes[range.y_end]), x_tolerance_(x_tolerance),
           y_tolerance_(y_tolerance) {}
 
     /// False when (x, y) lies outside the columns that take readings; otherwise the cell (i, j).
     bool place(double& x, double& y, int& i, int& j) const {
         if (!(x >= x_low_ && x < x_high_ && y >= y_low_ && y < y_high_)) return false;
-        i = interval_search(mesh_.x_nodes, x);
-        j = interval_search(mesh_.y_nodes, y);
+        i = interval_search(x_nodes_, x);
+        j = interval_search(y_nodes_, y);
         // The forward calculation can't take a reading on a cell's edge.
-        if (std::fabs(x - mesh_.x_nodes[i]) < x_tolerance_) x += x_tolerance_;
-        if (std::fabs(x - mesh_.x_nodes[i + 1]) < x_tolerance_) x -= x_tolerance_;
-        if (std::fabs(y - mesh_.y_nodes[j]) < y_tolerance_) y += y_tolerance_;
-        if (std::fabs(y - mesh_.y_nodes[j + 1]) < y_tolerance_) y -= y_tolerance_;
+        if (std::fabs(x - x_nodes_[i]) < x_tolerance_) x += x_tolerance_;
+        if (std::fabs(x - x_nodes_[i + 1]) < x_tolerance_) x -= x_tolerance_;
+        if (std::fabs(y - y_nodes_[j]) < y_tolerance_) y += y_tolerance_;
+        if (std::fabs(y - y_nodes_[j + 1]) < y_tolerance_) y -= y_tolerance_;
         return true;
     }
 
+    /// The plan distance of (x, y) from the centre of cell (i, j): the bin's sort key.
+    double distance_from_centre(double x, double y, int i, int j) const {
+        const double east = x - x_centres_[i], north = y - y_centres_[j];
+        return std::sqrt(east * east + north * north);
+    }
+
+    /// The area that takes readings: a reading placed anywhere lies within it.
+    double x_low() const { return x_low_; }
+    double x_high() const { return x_high_; }
+    double y_low() const { return y_low_; }
+    double y_high() const { return y_high_; }
+
 private:
-    const InversionMesh& mesh_;
+    Array1<double> x_nodes_, y_nodes_, x_centres_, y_centres_;
     double x_low_, x_high_, y_low_, y_high_;
     float x_tolerance_, y_tolerance_;
 };
@@ -194,26 +185,235 @@ struct Reading {
     double x = 0, y = 0, z = 0;
     double value1 = null_value, value2 = null_value;
     double extra = 0;
-    const std::string* label = nullptr;
+    int line = 0;  // its survey line; 0 without a line column or before the first line name
 };
 
-int process_point_file(Session& session, const PointTransform& working_transform, const AcceptedRange& range,
-                       float x_tolerance, float y_tolerance) {
+/// Why a reading was left out before its surface was looked at.
+enum class Verdict { kept, null, outside };
+
+/// The tests every reading of a point file passes before the surface matters, in their order: a null
+/// place, elevation or value, then a place outside the columns that take readings. A kept reading
+/// comes back conditioned, moved off the cell edges, with its cell (i, j); z does not hold the
+/// surface yet. Both ways of binning call this, so they keep and leave out the same readings.
+Verdict condition_reading(const InversionDefinition& d, const CellPlacement& placement, const LocationRecord& record,
+                          Reading& r, int& i, int& j) {
+    const bool nulls_kept = d.integration_interval > 0;
+    r = Reading{};
+    r.x = record.x;
+    r.y = record.y;
+    r.z = 0;
+    if (!std::isfinite(r.x) || !std::isfinite(r.y)) return Verdict::null;
+    if (d.data_z_columns[0] > 0) {
+        r.z = record.z;
+        if (is_input_null(r.z)) return Verdict::null;
+    }
+    r.z += d.elevation_offsets[0];
+
+    const double v1 = record.values[0];
+    if (is_input_null(v1)) {
+        if (!nulls_kept) return Verdict::null;
+        r.value1 = null_value;
+    } else {
+        r.value1 = regional_value(v1, d);
+    }
+    if (d.data_type_count >= 2) {
+        const double v2 = record.values[1];
+        if (is_input_null(v2)) {
+            if (!nulls_kept) return Verdict::null;
+            r.value2 = null_value;
+        } else {
+            r.value2 = v2;
+        }
+    }
+    // The third value is read only to be tested: its slot carries the distance to the centre.
+    if (d.data_type_count >= 3 && !nulls_kept && is_input_null(record.values[2])) return Verdict::null;
+    r.line = d.line_column > 0 ? record.line : 0;
+    if (d.extra_value_column > 0) r.extra = record.extra;
+    return placement.place(r.x, r.y, i, j) ? Verdict::kept : Verdict::outside;
+}
+
+/// Counts a reading that was left out by its verdict.
+void count_left_out(ObservationList& list, Verdict verdict) {
+    if (verdict == Verdict::null) ++list.left_out_null;
+    if (verdict == Verdict::outside) ++list.left_out_outside;
+}
+
+/// Whether the reading at `distance` from the centre of column (i, j) takes the bin: each bin keeps the
+/// reading nearest to its centre, and of equal distances the first. A new bin is counted here.
+bool takes_bin(ObservationBins& bins, int i, int j, double distance) {
+    if (bins.bin_used(i, j) == 0) {
+        ++bins.bin_total;
+        bins.bin_used(i, j) = 1;
+        return true;
+    }
+    return distance < bins.bin_value3(i, j);
+}
+
+void store_in_bin(ObservationBins& bins, int i, int j, const Reading& r, double distance) {
+    bins.bin_x(i, j) = r.x;
+    bins.bin_y(i, j) = r.y;
+    bins.bin_z(i, j) = r.z;
+    bins.bin_value1(i, j) = r.value1;
+    bins.bin_value2(i, j) = r.value2;
+    bins.bin_value3(i, j) = distance;
+    bins.bin_extra(i, j) = r.extra;
+}
+
+/// Readings may be binned as they are read when no list of them is kept, none is lifted to a minimum
+/// height (each lift is counted, so every reading would need its surface) and the surface has a value
+/// wherever a reading can land: the mesh's top, or points closed round the mesh. Which reading wins a
+/// bin then never depends on the surface, and only the winners need it.
+bool bins_while_reading(const InversionDefinition& d) {
+    return d.obs_data_file_type == 0 && d.values_per_cell == 1 && !(d.elevation_offsets[2] > 0) &&
+           (d.topo_type != 0 || d.data_file_kinds[1] == 0);
+}
+
+/// The bins of a point file filled while it is read, in one pass, without holding its readings: the
+/// survey stage then keeps forty thousand bins, not a million readings, and looks up the surface
+/// under the winners alone. The tests, their order and the arithmetic are those of the listed path,
+/// so the bins come out the same to the last bit.
+class ReadingBinner : public LocationSink {
+public:
+    ReadingBinner(const Session& session, const AcceptedRange& range, float x_tolerance, float y_tolerance)
+        : definition_(session.definition), range_empty_(range.empty()),
+          placement_(session.mesh, range, x_tolerance, y_tolerance), x_tolerance_(x_tolerance),
+          y_tolerance_(y_tolerance), nx_(session.mesh.nx), ny_(session.mesh.ny) {
+        bins_.size_bins(nx_, ny_);
+        bin_line_.assign(nx_ + 1, ny_ + 1, 0);
+        line_names_.emplace_back();  // line 0: no label
+    }
+
+    void begin_line(int, std::string_view name) override { line_names_.emplace_back(name); }
+
+    void take(const LocationRecord& record) override {
+        if (range_empty_) {
+            ++counts_.left_out_outside;
+            return;
+        }
+        Reading r;
+        int i = 0, j = 0;
+        const Verdict verdict = condition_reading(definition_, placement_, record, r, i, j);
+        if (verdict != Verdict::kept) return count_left_out(counts_, verdict);
+        const double distance = placement_.distance_from_centre(r.x, r.y, i, j);
+        ++counts_.obs_count;
+        if (!takes_bin(bins_, i, j, distance)) return;
+        store_in_bin(bins_, i, j, r, distance);
+        bin_line_(i, j) = r.line;
+    }
+
+    /// Adds the surface under each bin's reading as the listed path adds it under every reading, and
+    /// hands the bins and the counts to the session. False, with the session untouched, when the
+    /// surface is not known to have a value under every place that takes readings: then the caller
+    /// reads the file the listed way.
+    bool finish(Session& session, int read_count) {
+        const InversionDefinition& d = session.definition;
+        const InversionMesh& mesh = session.mesh;
+        if (mesh.nx != nx_ || mesh.ny != ny_) return false;
+        const bool use_topography = d.topo_type == 0;
+        if (use_topography &&
+            !session.topography.covered.holds(placement_.x_low() - x_tolerance_, placement_.x_high() + x_tolerance_,
+                                              placement_.y_low() - y_tolerance_, placement_.y_high() + y_tolerance_))
+            return false;
+        Array2<double> surfaces(nx_ + 1, ny_ + 1, mesh.z_nodes[1]);
+        if (use_topography) {
+            SurfaceLookup lookup(session.topography);
+            for (int j = 1; j <= ny_; ++j)
+                for (int i = 1; i <= nx_; ++i) {
+                    if (bins_.bin_used(i, j) == 0) continue;
+                    surfaces(i, j) = lookup.at(bins_.bin_x(i, j), bins_.bin_y(i, j));
+                    if (is_null(surfaces(i, j))) return false;
+                }
+        }
+        for (int j = 1; j <= ny_; ++j)
+            for (int i = 1; i <= nx_; ++i) {
+                if (bins_.bin_used(i, j) == 0) continue;
+                if (d.sensor_height_type == 0) bins_.bin_z(i, j) += surfaces(i, j);
+                if (d.line_column > 0) bins_.bin_label(i, j) = line_names_[static_cast<std::size_t>(bin_line_(i, j))];
+            }
+
+        ObservationBins& bins = session.bins;
+        bins.bin_used = std::move(bins_.bin_used);
+        bins.bin_x = std::move(bins_.bin_x);
+        bins.bin_y = std::move(bins_.bin_y);
+        bins.bin_z = std::move(bins_.bin_z);
+        bins.bin_value1 = std::move(bins_.bin_value1);
+        bins.bin_value2 = std::move(bins_.bin_value2);
+        bins.bin_value3 = std::move(bins_.bin_value3);
+        bins.bin_extra = std::move(bins_.bin_extra);
+        bins.bin_label = std::move(bins_.bin_label);
+        bins.bin_total = bins_.bin_total;
+        ObservationList& list = session.readings;
+        list.read_count = read_count;
+        list.obs_count = counts_.obs_count;
+        list.left_out_null = counts_.left_out_null;
+        list.left_out_outside = counts_.left_out_outside;
+        list.left_out_no_topography = 0;
+        return true;
+    }
+
+private:
+    const InversionDefinition definition_;  // a copy: the reader may run on another thread
+    const bool range_empty_;
+    const CellPlacement placement_;
+    const float x_tolerance_, y_tolerance_;
+    const int nx_, ny_;
+    ObservationBins bins_;
+    Array2<int> bin_line_;
+    std::vector<std::string> line_names_;
+    ObservationList counts_;
+};
+
+/// A binner for the session's mesh and definition, placing readings as process_inversion_data does.
+std::unique_ptr<ReadingBinner> binner_for(const Session& session) {
+    const InversionDefinition& d = session.definition;
+    const InversionMesh& mesh = session.mesh;
+    return std::make_unique<ReadingBinner>(session, accepted_range(session),
+                                           node_tolerance(d.mesh_cell_size[0], mesh.x_nodes, mesh.nx),
+                                           node_tolerance(d.mesh_cell_size[1], mesh.y_nodes, mesh.ny));
+}
+
+}  // namespace
+
+struct ObservedReadAhead {
+    KeptMessages dialogue;
+    /// Binning while reading when the run allows it; otherwise the readings are read into `data`.
+    std::unique_ptr<ReadingBinner> binner;
+    int count = 0;
+    LocationData data;
+    LocationSummary summary;
+    std::future<int> status;  // last: the reader ends before what it fills goes
+    ~ObservedReadAhead() {
+        if (status.valid()) status.wait();
+    }
+};
+
+void read_observed_data_ahead(Session& session) {
+    const InversionDefinition& d = session.definition;
+    session.readings.read_ahead.reset();
+    if (d.obs_data_file_type != 0 || worker_thread_count() < 2) return;
+    PointTransform transform = d.coordinate_transform;
+    update_point_transform(transform);
+    auto ahead = std::make_shared<ObservedReadAhead>();
+    if (bins_while_reading(d)) ahead->binner = binner_for(session);
+    ObservedReadAhead* target = ahead.get();
+    ahead->status = std::async(std::launch::async, [target, settings = observed_settings(d, transform)] {
+        if (target->binner)
+            return stream_locations_file(target->dialogue, settings, *target->binner, target->count, target->summary);
+        return load_locations_file(target->dialogue, settings, target->data, target->summary);
+    });
+    session.readings.read_ahead = std::move(ahead);
+}
+
+namespace {
+
+/// Conditions and bins every reading of `data`, looking up the surface under each, and keeps the list
+/// when values_per_cell is not 1.
+int bin_listed_readings(Session& session, const LocationData& data, const CellPlacement& placement,
+                        const AcceptedRange& range) {
     const InversionDefinition& d = session.definition;
     const InversionMesh& mesh = session.mesh;
     ObservationBins& bins = session.bins;
     ObservationList& list = session.readings;
-
-    LocationData data;
-    LocationSummary summary;
-    if (const std::shared_ptr<ObservedReadAhead> ahead = std::move(list.read_ahead)) {
-        const int status = ahead->status.get();
-        for (const std::string& message : ahead->dialogue.messages) session.dialogue.message_box(message);
-        if (status < 0) return -1;
-        data = std::move(ahead->data);
-    } else if (load_locations_file(session, observed_settings(d, working_transform), data, summary) < 0) {
-        return -1;
-    }
     const int count = data.count;
     list.read_count = count;
 
@@ -231,10 +431,7 @@ int process_point_file(Session& session, const PointTransform& working_transform
         return 0;
     }
 
-    const bool nulls_kept = d.integration_interval > 0;
-    const bool has_z = d.data_z_columns[0] > 0;
     const bool use_topography = d.topo_type == 0;
-    const CellPlacement placement(mesh, range, x_tolerance, y_tolerance);
     const std::vector<double> surfaces =
         use_topography ? surfaces_under_readings(session.topography, placement, data) : std::vector<double>();
     const double mesh_top = mesh.z_nodes[1];
@@ -245,57 +442,18 @@ int process_point_file(Session& session, const PointTransform& working_transform
     for (int n = 1; n <= count; ++n) {
         // A percent spans ten thousand readings of a million: looking every 1024th is enough.
         if (count < 102400 || (n & 1023) == 1) progress.advance(n - 1);
+        LocationRecord record;
+        record.x = data.locations(n, 1);
+        record.y = data.locations(n, 2);
+        record.z = data.locations(n, 3);
+        record.values = {data.values(n, 1), data.values(n, 2), data.values(n, 3)};
+        if (d.line_column > 0) record.line = data.line_index[n];
+        if (d.extra_value_column > 0) record.extra = data.extra_values[n];
         Reading r;
-        r.x = data.locations(n, 1);
-        r.y = data.locations(n, 2);
-        r.z = 0;
-        if (!std::isfinite(r.x) || !std::isfinite(r.y)) {
-            ++list.left_out_null;
-            continue;
-        }
-        if (has_z) {
-            r.z = data.locations(n, 3);
-            if (is_input_null(r.z)) {
-                ++list.left_out_null;
-                continue;
-            }
-        }
-        r.z += d.elevation_offsets[0];
-
-        const double v1 = data.values(n, 1);
-        if (is_input_null(v1)) {
-            if (!nulls_kept) {
-                ++list.left_out_null;
-                continue;
-            }
-            r.value1 = null_value;
-        } else {
-            r.value1 = regional_value(v1, d);
-        }
-        if (d.data_type_count >= 2) {
-            const double v2 = data.values(n, 2);
-            if (is_input_null(v2)) {
-                if (!nulls_kept) {
-                    ++list.left_out_null;
-                    continue;
-                }
-                r.value2 = null_value;
-            } else {
-                r.value2 = v2;
-            }
-        }
-        // The third value is read only to be tested: its slot carries the distance to the centre.
-        if (d.data_type_count >= 3 && !nulls_kept && is_input_null(data.values(n, 3))) {
-            ++list.left_out_null;
-            continue;
-        }
-        const int line = d.line_column > 0 ? data.line_index[n] : 0;  // 0 before the first line name
-        r.label = line > 0 ? &data.line_names[line] : &no_label;
-        if (d.extra_value_column > 0) r.extra = data.extra_values[n];
-
         int i = 0, j = 0;
-        if (!placement.place(r.x, r.y, i, j)) {
-            ++list.left_out_outside;
+        const Verdict verdict = condition_reading(d, placement, record, r, i, j);
+        if (verdict != Verdict::kept) {
+            count_left_out(list, verdict);
             continue;
         }
 
@@ -314,8 +472,7 @@ int process_point_file(Session& session, const PointTransform& working_transform
             r.z = topography + minimum_height;
         }
 
-        const double east = r.x - mesh.x_centres[i], north = r.y - mesh.y_centres[j];
-        const double distance = std::sqrt(east * east + north * north);
+        const double distance = placement.distance_from_centre(r.x, r.y, i, j);
         ++list.obs_count;
         if (keep_list) {  // the list was sized for every reading: k never passes count
             const std::size_t k = static_cast<std::size_t>(list.obs_count - 1);
@@ -330,26 +487,42 @@ int process_point_file(Session& session, const PointTransform& working_transform
             values[6 * slot] = r.extra;
             list.obs_cells.data()[2 * k] = i;
             list.obs_cells.data()[2 * k + 1] = j;
-            list.obs_labels.data()[k] = line;
+            list.obs_labels.data()[k] = r.line;
         }
-
-        // Each bin keeps the reading nearest to its centre; of equal distances the first.
-        if (bins.bin_used(i, j) == 0) {
-            ++bins.bin_total;
-            bins.bin_used(i, j) = 1;
-        } else if (!(distance < bins.bin_value3(i, j))) {
-            continue;
-        }
-        bins.bin_x(i, j) = r.x;
-        bins.bin_y(i, j) = r.y;
-        bins.bin_z(i, j) = r.z;
-        bins.bin_value1(i, j) = r.value1;
-        bins.bin_value2(i, j) = r.value2;
-        bins.bin_value3(i, j) = distance;
-        bins.bin_extra(i, j) = r.extra;
-        if (d.line_column > 0) bins.bin_label(i, j) = *r.label;
+        if (!takes_bin(bins, i, j, distance)) continue;
+        store_in_bin(bins, i, j, r, distance);
+        if (d.line_column > 0) bins.bin_label(i, j) = r.line > 0 ? data.line_names[r.line] : no_label;
     }
     return 0;
+}
+
+int process_point_file(Session& session, const PointTransform& working_transform, const AcceptedRange& range,
+                       float x_tolerance, float y_tolerance) {
+    const InversionDefinition& d = session.definition;
+    LocationData data;
+    LocationSummary summary;
+    bool read = false;
+    if (const std::shared_ptr<ObservedReadAhead> ahead = std::move(session.readings.read_ahead)) {
+        const int status = ahead->status.get();
+        for (const std::string& message : ahead->dialogue.messages) session.dialogue.message_box(message);
+        if (status < 0) return -1;
+        if (ahead->binner) {
+            if (ahead->binner->finish(session, ahead->count)) return 0;
+        } else {
+            data = std::move(ahead->data);
+            read = true;
+        }
+    } else if (bins_while_reading(d)) {
+        ReadingBinner binner(session, range, x_tolerance, y_tolerance);
+        int count = 0;
+        if (stream_locations_file(session.dialogue, observed_settings(d, working_transform), binner, count, summary) < 0)
+            return -1;
+        if (binner.finish(session, count)) return 0;
+    }
+    // The listed way: every reading read into memory, then each conditioned and binned.
+    if (!read && load_locations_file(session, observed_settings(d, working_transform), data, summary) < 0) return -1;
+    const CellPlacement placement(session.mesh, range, x_tolerance, y_tolerance);
+    return bin_listed_readings(session, data, placement, range);
 }
 
 /// Reads the grid `name` for the area; -1 after the grid layer's message.

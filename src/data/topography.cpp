@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <optional>
+#include <string_view>
 
 #include "data/location_file.h"
 #include "grids/grid_access.h"
@@ -107,9 +109,9 @@ void Topography::clear() {
     topo_nodes.assign(1, 1);
     topo_cell.assign(1, 1);
     topo_point_count = 0;
-    topo_x.assign(1, 0.0);
-    topo_y.assign(1, 0.0);
     topo_z.assign(1, 0.0);
+    points_extent = PlanExtent{};
+    covered = PlanExtent{};
     triangulation.clear();
     surface_grid = GridWindow{};
     surface_transform = PointTransform{};
@@ -153,93 +155,126 @@ void place_on_mesh_column(const Array1<double>& z_nodes, int nz, bool shift, dou
     air_cells = std::min(static_cast<int>(at_or_below - first), nz);
 }
 
-int grid_topo_from_points(Session& session, int count, const Array2<double>& locations) {
+namespace {
+
+/// The topography points that make the surface, gathered one at a time in file order: those within one
+/// cell of the mesh and without a dummy elevation. Only these are kept, as numbered points and their
+/// elevations, so that a file read straight into it never holds its readings a second time.
+class SurfacePoints {
+public:
+    explicit SurfacePoints(const InversionMesh& mesh)
+        : x_low_(mesh.x_nodes[1] - mesh.dx[1]), x_high_(mesh.x_nodes[mesh.nx + 1] + mesh.dx[mesh.nx]),
+          y_low_(mesh.y_nodes[1] - mesh.dy[1]), y_high_(mesh.y_nodes[mesh.ny + 1] + mesh.dy[mesh.ny]) {}
+
+    void take(double x, double y, double z) {
+        if (!(x >= x_low_ && x <= x_high_ && y >= y_low_ && y <= y_high_) || is_dummy_elevation(z)) return;
+        points_.push_back({x, y, static_cast<int>(points_.size())});
+        elevations_.push_back(z);
+        sum_ += z;
+        extent_.include(x, y);
+    }
+
+    /// The surface from the points gathered; see grid_topo_from_points.
+    int grid(Session& session);
+
+private:
+    double x_low_, x_high_, y_low_, y_high_;
+    std::vector<NumberedPoint> points_;
+    std::vector<double> elevations_;
+    double sum_ = 0;
+    PlanExtent extent_;
+};
+
+int SurfacePoints::grid(Session& session) {
     Topography& topography = session.topography;
+    const int kept = static_cast<int>(points_.size());
+    if (kept <= 4) {
+        session.dialogue.message_box(too_few_points);
+        topography.clear();
+        return -1;
+    }
+    // The closing points would hide readings that all lie on one line: test those alone.
+    if (points_are_colinear(points_)) {
+        session.dialogue.message_box(colinear_points);
+        topography.clear();
+        return -1;
+    }
+    const double mean = sum_ / kept;
+    // Four closing points beyond the corners of the area the readings may cover: every centre and
+    // node then lies well inside the hull, and the readings keep their own triangles.
+    const double x_margin = x_high_ - x_low_, y_margin = y_high_ - y_low_;
+    for (double x : {x_low_ - x_margin, x_high_ + x_margin})
+        for (double y : {y_low_ - y_margin, y_high_ + y_margin}) {
+            points_.push_back({x, y, static_cast<int>(points_.size())});
+            elevations_.push_back(mean);
+        }
+    topography.points_extent = extent_;
+    topography.covered = PlanExtent{};
+    topography.covered.include(x_low_ - x_margin, y_low_ - y_margin);
+    topography.covered.include(x_high_ + x_margin, y_high_ + y_margin);
+    topography.topo_point_count = static_cast<int>(points_.size());
+    topography.topo_z = std::move(elevations_);
+    if (topography.triangulation.build(std::move(points_)) == triangulation_colinear) {
+        session.dialogue.message_box(colinear_points);
+        topography.clear();
+        return -1;
+    }
+
+    show_label(session, "Interpolate topo values");
+    const InversionMesh& mesh = session.mesh;
+    std::vector<double> x, y;
+    std::vector<std::size_t> order;
+    std::size_t centre_count = 0;
+    centre_and_node_points(mesh, x, y, order, centre_count);
+    std::vector<double> walked(x.size());
+    topography.triangulation.interpolate_many(x, y, topography.topo_z, walked);
+    std::vector<double> centre_values(centre_count), node_values(x.size() - centre_count);
+    for (std::size_t k = 0; k < order.size(); ++k) {
+        if (order[k] < centre_count) centre_values[order[k]] = walked[k];
+        else node_values[order[k] - centre_count] = walked[k];
+    }
+    store_surface(session, centre_values, node_values);
+    return 0;
+}
+
+/// Hands each reading of the topography file to the surface's points as it is read.
+class SurfacePointSink : public LocationSink {
+public:
+    explicit SurfacePointSink(SurfacePoints& points) : points_(points) {}
+    void begin_line(int, std::string_view) override {}
+    void take(const LocationRecord& record) override { points_.take(record.x, record.y, record.z); }
+
+private:
+    SurfacePoints& points_;
+};
+
+}  // namespace
+
+void PlanExtent::include(double x, double y) {
+    if (empty()) {
+        x_low = x_high = x;
+        y_low = y_high = y;
+        return;
+    }
+    x_low = std::min(x_low, x);
+    x_high = std::max(x_high, x);
+    y_low = std::min(y_low, y);
+    y_high = std::max(y_high, y);
+}
+
+bool PlanExtent::holds(double x0, double x1, double y0, double y1) const {
+    return !empty() && x_low <= x0 && x1 <= x_high && y_low <= y0 && y1 <= y_high;
+}
+
+int grid_topo_from_points(Session& session, int count, const Array2<double>& locations) {
     try {
-        const InversionMesh& mesh = session.mesh;
-        const double x_low = mesh.x_nodes[1] - mesh.dx[1];
-        const double x_high = mesh.x_nodes[mesh.nx + 1] + mesh.dx[mesh.nx];
-        const double y_low = mesh.y_nodes[1] - mesh.dy[1];
-        const double y_high = mesh.y_nodes[mesh.ny + 1] + mesh.dy[mesh.ny];
-        auto counts = [&](int n) {
-            const double x = locations(n, 1), y = locations(n, 2);
-            return x >= x_low && x <= x_high && y >= y_low && y <= y_high && !is_dummy_elevation(locations(n, 3));
-        };
-
         session.dialogue.progress(0);
-        ProgressMeter progress(session.dialogue, count);
-        int kept = 0;
-        double sum = 0;
-        for (int n = 1; n <= count; ++n) {
-            if (counts(n)) {
-                ++kept;
-                sum += locations(n, 3);
-            }
-            progress.advance(n);
-        }
-        if (kept <= 4) {
-            session.dialogue.message_box(too_few_points);
-            topography.clear();
-            return -1;
-        }
-        const double mean = sum / kept;
-
-        // Four closing points beyond the corners of the area the readings may cover: every
-        // centre and node then lies well inside the hull, and the readings keep their own triangles.
-        constexpr int closing_count = 4;
-        topography.topo_x.clear();
-        topography.topo_y.clear();
-        topography.topo_z.clear();
-        topography.topo_x.reserve(static_cast<std::size_t>(kept + closing_count));
-        topography.topo_y.reserve(static_cast<std::size_t>(kept + closing_count));
-        topography.topo_z.reserve(static_cast<std::size_t>(kept + closing_count));
-        for (int n = 1; n <= count; ++n)
-            if (counts(n)) {
-                topography.topo_x.push_back(locations(n, 1));
-                topography.topo_y.push_back(locations(n, 2));
-                topography.topo_z.push_back(locations(n, 3));
-            }
-        // The closing points would hide readings that all lie on one line: test those alone.
-        if (points_are_colinear(topography.topo_x, topography.topo_y)) {
-            session.dialogue.message_box(colinear_points);
-            topography.clear();
-            return -1;
-        }
-        const double x_margin = x_high - x_low, y_margin = y_high - y_low;
-        for (double x : {x_low - x_margin, x_high + x_margin})
-            for (double y : {y_low - y_margin, y_high + y_margin}) {
-                topography.topo_x.push_back(x);
-                topography.topo_y.push_back(y);
-                topography.topo_z.push_back(mean);
-            }
-        topography.topo_point_count = static_cast<int>(topography.topo_x.size());
-
-        int status = 0;
-        DELTRI(topography.topo_point_count, topography.topo_x.data(), topography.topo_y.data(), topography.triangulation,
-               status);
-        if (status == triangulation_colinear) {
-            session.dialogue.message_box(colinear_points);
-            topography.clear();
-            return -1;
-        }
-
-        show_label(session, "Interpolate topo values");
-        std::vector<double> x, y;
-        std::vector<std::size_t> order;
-        std::size_t centre_count = 0;
-        centre_and_node_points(mesh, x, y, order, centre_count);
-        std::vector<double> walked(x.size());
-        topography.triangulation.interpolate_many(x, y, topography.topo_z, walked);
-        std::vector<double> centre_values(centre_count), node_values(x.size() - centre_count);
-        for (std::size_t k = 0; k < order.size(); ++k) {
-            if (order[k] < centre_count) centre_values[order[k]] = walked[k];
-            else node_values[order[k] - centre_count] = walked[k];
-        }
-        store_surface(session, centre_values, node_values);
-        return 0;
+        SurfacePoints points(session.mesh);
+        for (int n = 1; n <= count; ++n) points.take(locations(n, 1), locations(n, 2), locations(n, 3));
+        return points.grid(session);
     } catch (const std::exception& fault) {
         session.dialogue.message_box(fault.what());
-        topography.clear();
+        session.topography.clear();
         return -1;
     }
 }
@@ -301,9 +336,9 @@ int grid_topo_from_file(Session& session, const std::string& file_name) {
             else node_values[order[k] - centre_count] = value;
         }
         topography.topo_point_count = 0;
-        topography.topo_x.clear();
-        topography.topo_y.clear();
         topography.topo_z.clear();
+        topography.points_extent = PlanExtent{};
+        topography.covered = PlanExtent{};
         topography.triangulation.clear();
         store_surface(session, centre_values, node_values);
         // The readings take their surface from the same grid, by the same rule, later in the run.
@@ -322,18 +357,34 @@ int grid_topography(Session& session) {
         session.form.set_visible("ProgressBar_load_ubc_model", true);
         return grid_topo_from_file(session, definition.data_file_names[1]);
     }
-    const LocationFileSettings settings = location_settings(definition, 1);
-    LocationData data;
+    // One pass over the file straight into the surface's points: a counting pass and the whole file's
+    // readings in arrays would cost a second read and the readings twice in memory.
+    session.dialogue.progress(0);
+    int count = 0;
     LocationSummary summary;
-    if (read_locations_file(session, settings, location_count_pass, data, summary) < 0) return -1;
-    if (data.count <= 0) {
+    std::optional<SurfacePoints> points;
+    try {
+        points.emplace(session.mesh);
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box(fault.what());
+        return -1;
+    }
+    SurfacePointSink sink(*points);
+    if (stream_locations_file(session.dialogue, location_settings(definition, 1), sink, count, summary) < 0)
+        return -1;
+    if (count <= 0) {
         session.dialogue.message_box(too_few_points);
         return -1;
     }
-    if (read_locations_file(session, settings, location_fill_pass, data, summary) < 0) return -1;
     show_label(session, "Grid topo data");
     session.form.set_visible("ProgressBar_load_ubc_model", true);
-    return grid_topo_from_points(session, data.count, data.locations);
+    try {
+        return points->grid(session);
+    } catch (const std::exception& fault) {
+        session.dialogue.message_box(fault.what());
+        session.topography.clear();
+        return -1;
+    }
 }
 
 int process_inversion_topo(Session& session) {

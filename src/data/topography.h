@@ -13,6 +13,15 @@
 namespace invsetup {
 struct Session;
 
+/// A rectangle in plan, empty until a point is included.
+struct PlanExtent {
+    double x_low = 0, x_high = -1, y_low = 0, y_high = -1;
+    bool empty() const { return x_high < x_low; }
+    void include(double x, double y);
+    /// True when the rectangle x0..x1 by y0..y1 lies within this one.
+    bool holds(double x0, double x1, double y0, double y1) const;
+};
+
 struct Topography {
     Array2<float> topo_grid;   // (nx, ny) elevation at cell centres
     Array2<float> topo_nodes;  // (nx + 1, ny + 1) elevation at mesh nodes
@@ -20,11 +29,16 @@ struct Topography {
     /// topo_cell + 1 is the first whose top node lies at or below the surface; nz when none does.
     Array2<int> topo_cell;
 
-    /// The triangulated points, 0-based in file order: the readings kept, then the closing points
-    /// round the mesh. Empty when the surface came from a grid.
+    /// The elevations of the triangulated points, 0-based in file order: the readings kept, then the
+    /// closing points round the mesh. Empty when the surface came from a grid.
     int topo_point_count = 0;
-    std::vector<double> topo_x, topo_y, topo_z;
+    std::vector<double> topo_z;
     Triangulation triangulation;
+    /// The plan extent of the readings kept (the closing points left out), and a rectangle the
+    /// triangulation is known to cover (the closing points' own): the surface has a value everywhere
+    /// inside it. Both empty when unknown or when the surface came from a grid.
+    PlanExtent points_extent;
+    PlanExtent covered;
 
     /// The topography grid read for the mesh's area, in the grid's own coordinates, when the surface
     /// came from a grid file (empty otherwise), and the transform from the mesh's coordinates to the

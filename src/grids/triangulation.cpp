@@ -12,7 +12,7 @@
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
 #include <CGAL/Spatial_sort_traits_adapter_2.h>
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
-#include <CGAL/property_map.h>
+#include <boost/property_map/property_map.hpp>
 #include <CGAL/spatial_sort.h>
 
 #include "support/numbers.h"
@@ -30,20 +30,29 @@ using DataStructure = CGAL::Triangulation_data_structure_2<VertexBase, FaceBase>
 using Delaunay = CGAL::Delaunay_triangulation_2<Kernel, DataStructure>;
 using FaceHandle = Delaunay::Face_handle;
 
+/// The plan position of a numbered point, as the spatial sort reads it.
+struct PlanOfPoint {
+    using key_type = NumberedPoint;
+    using value_type = Point;
+    using reference = Point;
+    using category = boost::readable_property_map_tag;
+    friend Point get(PlanOfPoint, const NumberedPoint& point) { return Point(point.x, point.y); }
+};
+
 /// Inserts the points along a space-filling curve, each search starting from the point before, so
-/// that every insertion walks a triangle or two. The pairs themselves are sorted, not indices into
-/// them: the sort and the insertion then walk memory in order, where an index map would jump about
-/// a million points at random. The order is the one the library's own range insert takes (the same
-/// shuffle and the same comparisons), so the triangles come out the same, and of two points at one
-/// place the later in that order gives the vertex its number, as there.
-void insert_in_curve_order(Delaunay& delaunay, std::vector<std::pair<Point, int>>& points) {
-    using SortTraits = CGAL::Spatial_sort_traits_adapter_2<Kernel, CGAL::First_of_pair_property_map<std::pair<Point, int>>>;
+/// that every insertion walks a triangle or two. The numbered points themselves are sorted, not
+/// indices into them: the sort and the insertion then walk memory in order, where an index map would
+/// jump about a million points at random. The order is the one the library's own range insert takes
+/// (the same shuffle and the same comparisons), so the triangles come out the same, and of two points
+/// at one place the later in that order gives the vertex its number, as there.
+void insert_in_curve_order(Delaunay& delaunay, std::vector<NumberedPoint>& points) {
+    using SortTraits = CGAL::Spatial_sort_traits_adapter_2<Kernel, PlanOfPoint>;
     CGAL::spatial_sort(points.begin(), points.end(), SortTraits());
     FaceHandle hint;
-    for (const auto& [point, number] : points) {
-        const Delaunay::Vertex_handle vertex = delaunay.insert(point, hint);
+    for (const NumberedPoint& point : points) {
+        const Delaunay::Vertex_handle vertex = delaunay.insert(Point(point.x, point.y), hint);
         if (vertex == Delaunay::Vertex_handle()) continue;
-        vertex->info() = number;
+        vertex->info() = point.number;
         hint = vertex->face();
     }
 }
@@ -128,13 +137,18 @@ Triangulation::Triangulation(Triangulation&&) noexcept = default;
 Triangulation& Triangulation::operator=(Triangulation&&) noexcept = default;
 
 int Triangulation::build(std::span<const double> x, std::span<const double> y) {
-    clear();
     const std::size_t count = std::min(x.size(), y.size());
-    std::vector<std::pair<Point, int>> points;
+    std::vector<NumberedPoint> points;
     points.reserve(count);
     for (std::size_t k = 0; k < count; ++k)
-        if (std::isfinite(x[k]) && std::isfinite(y[k])) points.emplace_back(Point(x[k], y[k]), static_cast<int>(k));
-    insert_in_curve_order(impl_->delaunay, points);
+        if (std::isfinite(x[k]) && std::isfinite(y[k])) points.push_back({x[k], y[k], static_cast<int>(k)});
+    return build(std::move(points));
+}
+
+int Triangulation::build(std::vector<NumberedPoint>&& points) {
+    clear();
+    std::vector<NumberedPoint> sorted = std::move(points);
+    insert_in_curve_order(impl_->delaunay, sorted);
     if (impl_->delaunay.dimension() < 2) {
         clear();
         return triangulation_colinear;
@@ -176,6 +190,19 @@ bool points_are_colinear(std::span<const double> x, std::span<const double> y) {
     const Point second(x[k], y[k]);
     for (++k; k < count; ++k)
         if (CGAL::orientation(first, second, Point(x[k], y[k])) != CGAL::COLLINEAR) return false;
+    return true;
+}
+
+bool points_are_colinear(std::span<const NumberedPoint> points) {
+    const std::size_t count = points.size();
+    if (count < 3) return true;
+    const Point first(points[0].x, points[0].y);
+    std::size_t k = 1;
+    while (k < count && Point(points[k].x, points[k].y) == first) ++k;
+    if (k == count) return true;
+    const Point second(points[k].x, points[k].y);
+    for (++k; k < count; ++k)
+        if (CGAL::orientation(first, second, Point(points[k].x, points[k].y)) != CGAL::COLLINEAR) return false;
     return true;
 }
 

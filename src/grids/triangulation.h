@@ -4,11 +4,18 @@
 #pragma once
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace invsetup {
 
 /// Status of DELTRI when every point lies on one straight line (or fewer than three differ).
 inline constexpr int triangulation_colinear = 2;
+
+/// A point in plan and its number: the value arrays of the interpolation are indexed by the number.
+struct NumberedPoint {
+    double x = 0, y = 0;
+    int number = 0;
+};
 
 /// The triangulation of one point set. The points are numbered 0..count-1 in the order given; a
 /// value array in that order is passed to each interpolation, so one triangulation serves any value.
@@ -26,6 +33,9 @@ public:
     /// spatial order, whatever order they come in. Returns 0, or triangulation_colinear with the
     /// triangulation left empty. Of points at one place only one is kept, and its value is used.
     int build(std::span<const double> x, std::span<const double> y);
+    /// The same from the numbered points (finite), which it sorts in place and then frees: a caller
+    /// that gathers its points this way holds them once, not as coordinate arrays and pairs beside them.
+    int build(std::vector<NumberedPoint>&& points);
     void clear();
     bool empty() const;
     int triangle_count() const;
@@ -65,6 +75,7 @@ private:
 /// True when all the points (x[k], y[k]) lie on one straight line, tested exactly; also true for
 /// fewer than three points or when all points coincide.
 bool points_are_colinear(std::span<const double> x, std::span<const double> y);
+bool points_are_colinear(std::span<const NumberedPoint> points);
 
 /// Triangulates the first `count` points of x and y into `triangulation`. Returns the triangle
 /// count; `status` is 0, or triangulation_colinear when no triangle can be formed.

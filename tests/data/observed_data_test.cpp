@@ -181,11 +181,10 @@ TEST_F(ProcessData, HeightAboveTopoAddsTheSurfaceAndTheOffsetIsAddedOnce) {
 TEST_F(ProcessData, ReadingsBelowTheMinimumClearanceAreLiftedAndCounted) {
     // A sloping surface z = x / 10 over the mesh, triangulated by hand.
     Topography& topo = session.topography;
-    topo.topo_x = {-50, 300, 300, -50};
-    topo.topo_y = {-50, -50, 300, 300};
+    const std::vector<double> x = {-50, 300, 300, -50}, y = {-50, -50, 300, 300};
     topo.topo_z = {-5, 30, 30, -5};
     topo.topo_point_count = 4;
-    ASSERT_EQ(topo.triangulation.build(topo.topo_x, topo.topo_y), 0);
+    ASSERT_EQ(topo.triangulation.build(x, y), 0);
     InversionDefinition& d = session.definition;
     d.topo_type = 0;
     d.elevation_offsets = {0, 0, 5};
@@ -206,10 +205,9 @@ TEST_F(ProcessData, ReadingsBelowTheMinimumClearanceAreLiftedAndCounted) {
 
 TEST_F(ProcessData, OutsideTheTriangulatedSurfaceAReadingIsDropped) {
     Topography& topo = session.topography;
-    topo.topo_x = {0, 100, 0};
-    topo.topo_y = {0, 0, 100};
+    const std::vector<double> x = {0, 100, 0}, y = {0, 0, 100};
     topo.topo_z = {0, 0, 0};
-    ASSERT_EQ(topo.triangulation.build(topo.topo_x, topo.topo_y), 0);
+    ASSERT_EQ(topo.triangulation.build(x, y), 0);
     session.definition.topo_type = 0;
     ASSERT_EQ(process("10,10,0,1\n200,200,0,1\n"), 0);
     EXPECT_EQ(bins().bin_total, 1);
