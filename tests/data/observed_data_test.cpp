@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
+#include "data/topography.h"
 #include "session.h"
 #include "support/numbers.h"
 #include "test_support.h"
@@ -161,6 +164,97 @@ TEST_F(ProcessData, TwoReadingsInOneCellKeepTheNearerInTheBin) {
     EXPECT_EQ(list.obs_cells(3, 1), 1);
     EXPECT_EQ(list.obs_cells(3, 2), 1);
     EXPECT_EQ(bins().bin_value1(1, 1), 2);
+}
+
+/// A survey of 3,000 readings on 30 lines over the mesh and beyond it, with readings on nodes, null
+/// values and elevations, a line label and an extra value per reading.
+std::string mixed_survey() {
+    std::string text = "x,y,z,v1,v2,v3,line,extra\n";
+    for (int line = 0; line < 30; ++line)
+        for (int n = 0; n < 100; ++n) {
+            const double x = n % 17 == 0 ? 25.0 * (n % 11) : -20 + 2.9 * n + 0.37 * line;
+            const double y = line % 7 == 0 ? 25.0 * (line / 7) : -15 + 9.1 * line + 1.3 * std::sin(n);
+            const double z = n % 23 == 0 ? -99999 : 40 + std::cos(x / 30) * 5;
+            const double v1 = n % 19 == 0 ? -9999 : std::sin(x / 20) * 100 + line;
+            const double v2 = n % 29 == 0 ? -99999 : n * 0.5;
+            text += std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(z) + "," + std::to_string(v1) +
+                    "," + std::to_string(v2) + ",1," + (line % 5 == 0 ? std::string() : "L" + std::to_string(line)) +
+                    "," + std::to_string(n * 0.25) + "\n";
+        }
+    return text;
+}
+
+TEST_F(ProcessData, BinningWhileReadingFillsTheBinsOfTheListedWay) {
+    struct Case {
+        const char* name;
+        int padding, data_types, sensor_height_type, topo_type;
+        float integration_interval;
+    };
+    const Case cases[] = {
+        {"plain", 0, 1, 1, 1, 0},
+        {"padding and two values", 1, 2, 1, 1, 0},
+        {"three values, densified", 0, 3, 1, 1, 30},
+        {"height above triangulated points", 0, 2, 0, 0, 0},
+        {"densified above triangulated points", 1, 1, 0, 0, 20},
+    };
+    // Rolling ground over the mesh and its one-cell margin, triangulated with its closing points.
+    Array2<double> ground(400, 3);
+    for (int n = 1; n <= 400; ++n) {
+        const double x = -25 + 300.0 * ((n * 37) % 400) / 400, y = -25 + 300.0 * ((n * 91) % 397) / 397;
+        ground(n, 1) = x;
+        ground(n, 2) = y;
+        ground(n, 3) = 30 + 4 * std::sin(x / 40) * std::cos(y / 50);
+    }
+    InversionDefinition& d = session.definition;
+    d.line_column = 7;
+    d.extra_value_column = 8;
+    const std::string survey = mixed_survey();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        d.add_mesh_padding = c.padding;
+        d.data_type_count = c.data_types;
+        d.sensor_height_type = c.sensor_height_type;
+        d.topo_type = c.topo_type;
+        d.integration_interval = c.integration_interval;
+        d.elevation_offsets = {2, 0, 0};
+        if (c.topo_type == 0) ASSERT_EQ(grid_topo_from_points(session, 400, ground), 0);
+
+        d.values_per_cell = 0;  // the listed way
+        ASSERT_EQ(process(survey), 0);
+        const ObservationBins listed = session.bins;
+        const ObservationList listed_counts = session.readings;
+        d.values_per_cell = 1;  // binned while read, here and on the reading thread
+        for (const char* threads : {"1", "2"}) {
+            setenv("INVSETUP_THREADS", threads, 1);
+            session.bins.size_bins(10, 10);
+            write_file_bytes(dir.path() / "obs.csv", survey);
+            read_observed_data_ahead(session);
+            const int status = process_inversion_data(session);
+            unsetenv("INVSETUP_THREADS");
+            ASSERT_EQ(status, 0);
+            const ObservationList& list = session.readings;
+            EXPECT_EQ(list.read_count, listed_counts.read_count);
+            EXPECT_EQ(list.obs_count, listed_counts.obs_count);
+            EXPECT_EQ(list.left_out_null, listed_counts.left_out_null);
+            EXPECT_EQ(list.left_out_outside, listed_counts.left_out_outside);
+            EXPECT_EQ(list.left_out_no_topography, 0);
+            EXPECT_EQ(bins().bin_total, listed.bin_total);
+            EXPECT_GE(listed.bin_total, 4);  // 2 by 2 columns inside a padding of four
+            for (int j = 1; j <= 11; ++j)
+                for (int i = 1; i <= 11; ++i) {
+                    SCOPED_TRACE("bin " + std::to_string(i) + ", " + std::to_string(j));
+                    EXPECT_EQ(bins().bin_used(i, j), listed.bin_used(i, j));
+                    EXPECT_EQ(bins().bin_x(i, j), listed.bin_x(i, j));
+                    EXPECT_EQ(bins().bin_y(i, j), listed.bin_y(i, j));
+                    EXPECT_EQ(bins().bin_z(i, j), listed.bin_z(i, j));
+                    EXPECT_EQ(bins().bin_value1(i, j), listed.bin_value1(i, j));
+                    EXPECT_EQ(bins().bin_value2(i, j), listed.bin_value2(i, j));
+                    EXPECT_EQ(bins().bin_value3(i, j), listed.bin_value3(i, j));
+                    EXPECT_EQ(bins().bin_extra(i, j), listed.bin_extra(i, j));
+                    EXPECT_EQ(bins().bin_label(i, j), listed.bin_label(i, j));
+                }
+        }
+    }
 }
 
 TEST_F(ProcessData, HeightAboveTopoAddsTheSurfaceAndTheOffsetIsAddedOnce) {
