@@ -9,7 +9,15 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "commands/commands.h"
+#include "definition/parameter_file.h"
+#include "form/form_load.h"
+#include "session.h"
+#include "support/dialogue.h"
+
 namespace invsetup::testing {
+
+namespace fs = std::filesystem;
 
 TempDir::TempDir() {
     static std::atomic<int> counter{0};
@@ -41,6 +49,60 @@ void write_file_bytes(const std::filesystem::path& path, const std::string& byte
 }
 
 std::filesystem::path test_data(const std::string& relative) { return std::filesystem::path(INVSETUP_TEST_DATA) / relative; }
+
+std::set<std::string> listing(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename().string());
+    return names;
+}
+
+std::map<std::string, std::string> package(const fs::path& folder) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file()) files[fs::relative(entry.path(), folder).string()] = read_file_bytes(entry.path());
+    return files;
+}
+
+fs::path example_folder(const std::string& name) {
+    return fs::path(INVSETUP_TEST_DATA).parent_path().parent_path() / "examples" / name;
+}
+
+void copy_example(const std::string& name, const fs::path& to) {
+    fs::copy(example_folder(name), to, fs::copy_options::recursive);
+}
+
+void write_small_survey_files(const fs::path& folder) {
+    write_file_bytes(folder / "obs.csv",
+                     "x,y,z,value,line\r\n"
+                     "1025,2025,80,12.5,L10\r\n"
+                     "1040,2040,85,99,L10\r\n"
+                     "1075,2025,80,-3.25,L10\r\n"
+                     "1025,2075,90,7,L20\r\n"
+                     "1075,2075,95,100,L20\r\n");
+    std::string topography = "x,y,z\r\n";
+    for (int y : {1990, 2030, 2050, 2070, 2110})
+        for (int x : {990, 1030, 1050, 1070, 1110}) topography += std::to_string(x) + "," + std::to_string(y) + ",50\r\n";
+    write_file_bytes(folder / "topo.csv", topography);
+}
+
+int load_definition(Session& session, HeadlessDialogue& dialogue, const InversionFields& definition,
+                    const fs::path& file) {
+    save_inversion_parameters(definition, "small survey", file);
+    session.working_directory = file.parent_path();
+    initialise_inversion_form(session);
+    dialogue.file_answers.push_back(file.string());
+    return read_command(session, 0);
+}
+
+void set_run_directory(Session& session, const fs::path& run) {
+    session.form.set_text("Drive1", "/");
+    session.form.set_text("Dir1", run.parent_path().string());
+    session.form.set_text("Text_directory_name", run.filename().string());
+}
+
+std::string last_words(const Session& session, const HeadlessDialogue& dialogue) {
+    return (dialogue.messages.empty() ? "" : dialogue.messages.back()) + "\n" + session.form.text("Text_progress");
+}
 
 std::string quoted(const std::filesystem::path& path) {
     std::string text(1, '"');

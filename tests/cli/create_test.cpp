@@ -13,19 +13,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using invsetup::testing::CliRun;
-using invsetup::testing::quoted;
-using invsetup::testing::read_file_bytes;
-using invsetup::testing::run_cli;
-using invsetup::testing::TempDir;
-using invsetup::testing::test_data;
-using invsetup::testing::write_file_bytes;
-
-std::set<std::string> listing(const fs::path& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename().string());
-    return names;
-}
+using namespace invsetup::testing;
 
 /// A copy of the bundled magnetic example, so that the definition saved in its folder stays there.
 class CreateCommandLine : public ::testing::Test {
@@ -33,10 +21,7 @@ protected:
     TempDir dir;
     fs::path survey = dir.path() / "survey";
 
-    void SetUp() override {
-        const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
-        fs::copy(examples / "magnetic", survey, fs::copy_options::recursive);
-    }
+    void SetUp() override { copy_example("magnetic", survey); }
 };
 
 TEST_F(CreateCommandLine, WritesThePackageAndReportsEachStage) {

@@ -10,16 +10,10 @@
 
 namespace {
 
-using invsetup::testing::CliRun;
-using invsetup::testing::quoted;
-using invsetup::testing::run_cli;
-using invsetup::testing::TempDir;
-using invsetup::testing::read_file_bytes;
-using invsetup::testing::test_data;
-using invsetup::testing::write_file_bytes;
+using namespace invsetup::testing;
 
 std::filesystem::path example_definition() {
-    return test_data("definition").parent_path().parent_path().parent_path() / "examples" / "magnetic" / "inversion.inp";
+    return example_folder("magnetic") / "inversion.inp";
 }
 
 TEST(ShowCommand, PrintsEveryTabWithTheFormValues) {

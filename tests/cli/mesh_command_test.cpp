@@ -8,19 +8,12 @@
 
 namespace {
 
-using invsetup::testing::CliRun;
-using invsetup::testing::quoted;
-using invsetup::testing::read_file_bytes;
-using invsetup::testing::run_cli;
-using invsetup::testing::TempDir;
-using invsetup::testing::test_data;
-using invsetup::testing::write_file_bytes;
+using namespace invsetup::testing;
 
 // The bundled example: an 80 x 80 core of 50 m cells from 500000 / 7000000, padding 1,2,4,8 on
 // each side, 40 uniform and 8 growing Z cells (no Z padding under a growing part).
 std::string example() {
-    return quoted(test_data("definition").parent_path().parent_path().parent_path() / "examples" / "magnetic" /
-                  "inversion.inp");
+    return quoted(example_folder("magnetic") / "inversion.inp");
 }
 
 TEST(MeshCommand, SummarisesThePaddedMeshAndWritesItsFile) {

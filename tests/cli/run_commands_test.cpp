@@ -12,13 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using invsetup::testing::CliRun;
-using invsetup::testing::quoted;
-using invsetup::testing::read_file_bytes;
-using invsetup::testing::run_cli;
-using invsetup::testing::TempDir;
-using invsetup::testing::test_data;
-using invsetup::testing::write_file_bytes;
+using namespace invsetup::testing;
 
 /// Waits up to 20 s for a file to appear.
 bool appears(const fs::path& path) {
@@ -31,8 +25,7 @@ bool appears(const fs::path& path) {
 
 TEST(StartCommandLine, RunsTheTwinInTheBackgroundWithItsLog) {
     TempDir dir;
-    const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
-    fs::copy(examples / "magnetic", dir.path() / "survey", fs::copy_options::recursive);
+    copy_example("magnetic", dir.path() / "survey");
     const fs::path run = dir.path() / "mag";
     ASSERT_EQ(run_cli("create --quiet " + quoted(dir.path() / "survey" / "inversion.inp") + " " + quoted(run)).exit_code,
               0);
@@ -80,8 +73,7 @@ namespace {
 
 TEST(ClusterCommandLine, CreateAddsTheSlurmJobWithTheOptionsGiven) {
     TempDir dir;
-    const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
-    fs::copy(examples / "gravity", dir.path() / "survey", fs::copy_options::recursive);
+    copy_example("gravity", dir.path() / "survey");
     const std::string definition = quoted(dir.path() / "survey" / "inversion.inp");
     const fs::path run = dir.path() / "grav";
     // Options that need --cluster, or aren't of their form, are usage errors before anything is written.

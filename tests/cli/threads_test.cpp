@@ -12,21 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using invsetup::testing::CliRun;
-using invsetup::testing::quoted;
-using invsetup::testing::read_file_bytes;
-using invsetup::testing::run_cli;
-using invsetup::testing::TempDir;
-using invsetup::testing::test_data;
-using invsetup::testing::write_file_bytes;
-
-/// Every file of a run directory with its bytes.
-std::map<std::string, std::string> package(const fs::path& run) {
-    std::map<std::string, std::string> files;
-    for (const auto& entry : fs::recursive_directory_iterator(run))
-        if (entry.is_regular_file()) files[fs::relative(entry.path(), run).string()] = read_file_bytes(entry.path());
-    return files;
-}
+using namespace invsetup::testing;
 
 /// The magnetic example with a survey dense enough to be split between threads: 24,000 readings on
 /// 120 lines and 14,400 scattered topography points.
@@ -36,8 +22,7 @@ protected:
     fs::path survey = dir.path() / "survey";
 
     void SetUp() override {
-        const fs::path examples = test_data("definition").parent_path().parent_path().parent_path() / "examples";
-        fs::copy(examples / "magnetic", survey, fs::copy_options::recursive);
+        copy_example("magnetic", survey);
         auto hills = [](double x, double y) { return 1000 + 30 * std::sin(x / 400) * std::cos(y / 300); };
         std::string readings = "x,y,z,tmi,line\r\n";
         for (int line = 0; line < 120; ++line)

@@ -3,83 +3,25 @@
 // of a 2 x 2 x 2 mesh worked out by hand, the two saved definitions, and the failure paths.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <set>
+#include <vector>
 
-#include "create/create_inversion.h"
-#include "definition/parameter_file.h"
 #include "commands/commands.h"
 #include "commands/create_commands.h"
-#include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
-#include "support/lines.h"
 #include "test_support.h"
 
 namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::read_file_bytes;
-using testing::TempDir;
-using testing::write_file_bytes;
-
-/// The files and folders directly inside `folder`.
-std::set<std::string> listing(const fs::path& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename().string());
-    return names;
-}
+using namespace testing;
 
 /// A survey over a 2 x 2 x 2 mesh of 50 m cells: X 1000 to 1100, Y 2000 to 2100, Z 0 to 100, no
 /// padding. Flat topography at 50 m; four readings at the column centres (and one farther from the
 /// centre of column (1, 1), which its bin drops).
-InversionFields tiny_definition() {
-    InversionFields d;
-    d.inversion_method = method_ubc_mag_v5;
-    d.mesh_min = {1000, 2000, 0, 0};
-    d.mesh_max = {1100, 2100, 100, 0};
-    d.mesh_cell_size = {50, 50, 50, 1};
-    d.mesh_cell_count = {2, 2, 2, 0};
-    d.add_mesh_padding = 0;
-    d.data_file_names[0] = "obs.csv";
-    d.data_file_names[1] = "topo.csv";
-    d.data_first_lines = {2, 2};
-    d.data_name_lines = {1, 1};
-    d.data_read_steps = {1, 1};
-    d.data_x_columns = {1, 1};
-    d.data_y_columns = {2, 2};
-    d.data_z_columns = {3, 3};
-    d.data_value_columns = {4, 0, 0};
-    d.regional_scale = 1;
-    d.sensor_height_type = 1;
-    d.topo_type = 0;
-    d.topo_shift_option = 0;
-    d.error_percent = 2;
-    d.error_floor = 1;
-    d.mag_inclination = 70;
-    d.mag_declination = -10.5f;
-    d.mag_intensity = 50000;
-    d.data_types = {1, -1, -1, -1, -1, -1, -1};
-    d.background_topo = -1e32f;
-    return d;
-}
-
-const char* const tiny_readings =
-    "x,y,z,value,line\r\n"
-    "1025,2025,80,12.5,L10\r\n"
-    "1040,2040,85,99,L10\r\n"
-    "1075,2025,80,-3.25,L10\r\n"
-    "1025,2075,90,7,L20\r\n"
-    "1075,2075,95,100,L20\r\n";
-
-std::string flat_topography() {
-    std::string text = "x,y,z\r\n";
-    for (int y : {990, 1030, 1050, 1070, 1110})
-        for (int x : {990, 1030, 1050, 1070, 1110})
-            text += std::to_string(x) + "," + std::to_string(y + 1000) + ",50\r\n";
-    return text;
-}
+InversionFields tiny_definition() { return small_survey({1000, 2000, 0}, {1100, 2100, 100}, {50, 50, 50}); }
 
 class CreateInversion : public ::testing::Test {
 protected:
@@ -91,27 +33,17 @@ protected:
 
     void SetUp() override {
         fs::create_directories(work);
-        write_file_bytes(work / "obs.csv", tiny_readings);
-        write_file_bytes(work / "topo.csv", flat_topography());
+        write_small_survey_files(work);
     }
 
     /// Saves the definition as work/survey.inp, reads it as the file menu does and names the run
     /// directory runs/<name>.
     void load(const InversionFields& definition, const std::string& run_name) {
-        save_inversion_parameters(definition, "tiny survey", work / "survey.inp");
-        session.working_directory = work;
-        initialise_inversion_form(session);
-        dialogue.file_answers.push_back((work / "survey.inp").string());
-        ASSERT_EQ(read_command(session, 0), 0) << (dialogue.messages.empty() ? "" : dialogue.messages.back());
-        session.form.set_text("Drive1", "/");
-        session.form.set_text("Dir1", runs.string());
-        session.form.set_text("Text_directory_name", run_name);
+        ASSERT_EQ(load_definition(session, dialogue, definition, work / "survey.inp"), 0) << last_message();
+        set_run_directory(session, runs / run_name);
     }
 
-    /// The last message and the progress so far, for a failure's report.
-    std::string last_message() const {
-        return (dialogue.messages.empty() ? "" : dialogue.messages.back()) + "\n" + session.form.text("Text_progress");
-    }
+    std::string last_message() const { return last_words(session, dialogue); }
 };
 
 TEST_F(CreateInversion, PlainMagneticRunWritesThePackageByHand) {
@@ -125,24 +57,12 @@ TEST_F(CreateInversion, PlainMagneticRunWritesThePackageByHand) {
                                                    "run_magsen3d.bat", "run_inversion.sh", "run_maginv3d.sh",
                                                    "run_magerror.sh", "run_magsen3d.sh", "mesh", "model.sus",
                                                    "mag.obs", "topo.dat"}));
-    EXPECT_EQ(read_file_bytes(run / "mesh"), "2 2 2\r\n 1000  2000  100\r\n2*50.0000\r\n2*50.0000\r\n2*50.0000\r\n");
-    std::string zeros;
-    for (int n = 0; n < 8; ++n) zeros += " 0.00000E+00\r\n";
-    EXPECT_EQ(read_file_bytes(run / "model.sus"), zeros);
-    // Header of the field, the count, then the bins X fastest; errors are 2 % of the value plus 1.
-    EXPECT_EQ(read_file_bytes(run / "mag.obs"),
-              "70.00 -10.50 50000.00\r\n"
-              "70.00 -10.50 1\r\n"
-              " 4 \r\n"
-              "     1025.0000     2025.0000       80.0000       12.5000        1.2500\r\n"
-              "     1075.0000     2025.0000       80.0000       -3.2500        1.0650\r\n"
-              "     1025.0000     2075.0000       90.0000        7.0000        1.1400\r\n"
-              "     1075.0000     2075.0000       95.0000      100.0000        3.0000\r\n");
-    EXPECT_EQ(read_file_bytes(run / "topo.dat"),
-              "9\r\n"
-              "1000 2000 50\r\n1050 2000 50\r\n1100 2000 50\r\n"
-              "1000 2050 50\r\n1050 2050 50\r\n1100 2050 50\r\n"
-              "1000 2100 50\r\n1050 2100 50\r\n1100 2100 50\r\n");
+    // The observations: the field header, the count, then the bins X fastest; errors are 2 % of the
+    // value plus 1. The surface: the mesh's nodes at the flat 50 m.
+    const fs::path expected = test_data("create/small_mag");
+    for (const char* name : {"mesh", "model.sus", "mag.obs", "topo.dat"})
+        EXPECT_EQ(read_file_bytes(run / name), read_file_bytes(expected / name)) << name;
+    EXPECT_EQ(session.form.text("Text_progress"), read_file_bytes(expected / "progress.txt"));
 
     // The definition is saved twice: in the working directory and beside the run directory.
     const std::string saved = read_file_bytes(work / "inversion.inp");
@@ -151,25 +71,6 @@ TEST_F(CreateInversion, PlainMagneticRunWritesThePackageByHand) {
     // Nothing else is written anywhere.
     EXPECT_EQ(listing(work), (std::set<std::string>{"obs.csv", "topo.csv", "survey.inp", "inversion.inp"}));
     EXPECT_EQ(listing(runs), (std::set<std::string>{"run1", "run1.inp"}));
-
-    const std::string progress = session.form.text("Text_progress");
-    const char* const stages[] = {"Checking inversion definitions",
-                                  "Creating inversion directory",
-                                  "Saving the inversion definitions",
-                                  "Creating inversion parameter files",
-                                  "Creating inversion batch file",
-                                  "Gridding topo data ",
-                                  "Creating inversion mesh files",
-                                  "Writing inversion model file",
-                                  "Reading inversion data file",
-                                  "Number of data read from file: 4",
-                                  "Ensuring reading elevations are consistent with topo",
-                                  "Writing observed data for use in the inversion",
-                                  "Writing topo data for use in the inversion",
-                                  "Inversion processing complete"};
-    std::string expected;
-    for (const char* stage : stages) expected += std::string(stage) + "\r\n";
-    EXPECT_EQ(progress, expected);
 }
 
 TEST_F(CreateInversion, LineColumnAddsTheReferenceSetWithLabels) {
@@ -234,51 +135,64 @@ TEST_F(CreateInversion, VariationRunsWriteIntoASubdirectory) {
     EXPECT_EQ(read_file_bytes(runs / "run1" / "var2" / "mag.obs"), read_file_bytes(runs / "run1" / "mag.obs"));
 }
 
-TEST_F(CreateInversion, GravityRunWithoutTopographyUsesDensityNames) {
-    InversionFields definition = tiny_definition();
-    definition.inversion_method = method_ubc_grav_v3;
-    definition.data_types = {0, -1, -1, -1, -1, -1, -1};
-    definition.topo_type = 1;
-    definition.data_file_names[1] = "";
-    load(definition, "grav");
-    ASSERT_EQ(create_command(session, 0), 0) << last_message();
-    const fs::path run = runs / "grav";
-    const std::set<std::string> files = listing(run);
-    for (const char* name : {"gzsen3d.inp", "gzinv3d.inp", "run_inversion.bat", "mesh", "model.den", "grav.obs"})
-        EXPECT_TRUE(files.count(name)) << name;
-    for (const char* name : {"model.sus", "mag.obs", "topo.dat"}) EXPECT_FALSE(files.count(name)) << name;
-    // No field header for gravity: the count comes first.
-    EXPECT_EQ(read_file_bytes(run / "grav.obs").substr(0, 5), " 4 \r\n");
-    EXPECT_NE(read_file_bytes(run / "gzinv3d.inp").find("null"), std::string::npos);
-}
+/// What one method family writes: files that must be there, files that must not, and texts a file
+/// must start with (`at_start`) or hold.
+struct MethodRun {
+    const char* run;
+    int method;
+    int data_type;          // 0 gravity, 1 magnetic
+    bool topography;        // false: the top of the mesh
+    int smoothness_weighting;
+    std::vector<const char*> present, absent;
+    struct Text {
+        const char* file;
+        const char* text;
+        bool at_start;
+    };
+    std::vector<Text> texts;
+};
 
-TEST_F(CreateInversion, InHouseMagneticRunDrapesTheMesh) {
-    InversionFields definition = tiny_definition();
-    definition.inversion_method = method_zarninv3d;
-    load(definition, "zarn");
-    ASSERT_EQ(create_command(session, 0), 0) << last_message();
-    const fs::path run = runs / "zarn";
-    const std::set<std::string> files = listing(run);
-    for (const char* name : {"zarnsen3d.inp", "zarninv3d.inp", "mesh", "model.sus", "mag.obs", "topo.dat"})
-        EXPECT_TRUE(files.count(name)) << name;
-    // The Z limits hang from a top of 0, so the flat surface at 50 m lies above the shifted mesh (the
-    // surface's lowest point is the drape top, that less the 100 m thickness its bottom).
-    const std::string mesh = read_file_bytes(run / "mesh");
-    EXPECT_NE(mesh.find("Mesh format: 5\r\nMesh topo drape: "), std::string::npos) << mesh;
-    EXPECT_NE(mesh.find("Topography (from lower-left by row)\r\n"), std::string::npos);
-    EXPECT_EQ(read_file_bytes(run / "mag.obs").substr(0, 22), "70.00 -10.50 50000.00\r");
-}
-
-TEST_F(CreateInversion, InHouseGravityTypeAndWeightingModel) {
-    InversionFields definition = tiny_definition();
-    definition.inversion_method = method_zarninv3d;
-    definition.data_types = {0, -1, -1, -1, -1, -1, -1};
-    definition.smoothness_weighting = 1;
-    load(definition, "zgrav");
-    ASSERT_EQ(create_command(session, 0), 0) << last_message();
-    const std::set<std::string> files = listing(runs / "zgrav");
-    for (const char* name : {"model.den", "grav.obs", "w.dat"}) EXPECT_TRUE(files.count(name)) << name;
-    EXPECT_FALSE(files.count("model.sus"));
+TEST_F(CreateInversion, EachMethodFamilyWritesItsOwnFiles) {
+    const MethodRun cases[] = {
+        // No field header for gravity: the count comes first; no topography, no topo.dat.
+        {"grav", method_ubc_grav_v3, 0, false, 0,
+         {"gzsen3d.inp", "gzinv3d.inp", "run_inversion.bat", "mesh", "model.den", "grav.obs"},
+         {"model.sus", "mag.obs", "topo.dat"},
+         {{"grav.obs", " 4 \r\n", true}, {"gzinv3d.inp", "null", false}}},
+        // The in-house method's Z limits hang from a top of 0, so the flat surface at 50 m lies above
+        // the shifted mesh (the surface's lowest point is the drape top, that less the 100 m thickness
+        // its bottom).
+        {"zarn", method_zarninv3d, 1, true, 0,
+         {"zarnsen3d.inp", "zarninv3d.inp", "mesh", "model.sus", "mag.obs", "topo.dat"},
+         {},
+         {{"mesh", "Mesh format: 5\r\nMesh topo drape: ", false},
+          {"mesh", "Topography (from lower-left by row)\r\n", false},
+          {"mag.obs", "70.00 -10.50 50000.00\r\n", true}}},
+        // Its gravity type, with a weighting model.
+        {"zgrav", method_zarninv3d, 0, true, 1, {"model.den", "grav.obs", "w.dat"}, {"model.sus"}, {}},
+    };
+    for (const MethodRun& c : cases) {
+        SCOPED_TRACE(c.run);
+        InversionFields definition = tiny_definition();
+        definition.inversion_method = c.method;
+        definition.data_types = {c.data_type, -1, -1, -1, -1, -1, -1};
+        if (!c.topography) {
+            definition.topo_type = 1;
+            definition.data_file_names[1] = "";
+        }
+        definition.smoothness_weighting = c.smoothness_weighting;
+        load(definition, c.run);
+        ASSERT_EQ(create_command(session, 0), 0) << last_message();
+        const fs::path run = runs / c.run;
+        const std::set<std::string> files = listing(run);
+        for (const char* name : c.present) EXPECT_TRUE(files.count(name)) << name;
+        for (const char* name : c.absent) EXPECT_FALSE(files.count(name)) << name;
+        for (const MethodRun::Text& t : c.texts) {
+            const std::string bytes = read_file_bytes(run / t.file);
+            if (t.at_start) EXPECT_EQ(bytes.rfind(t.text, 0), 0u) << t.file << ":\n" << bytes;
+            else EXPECT_NE(bytes.find(t.text), std::string::npos) << t.file << ":\n" << bytes;
+        }
+    }
 }
 
 TEST_F(CreateInversion, DirectoryNameOfAnOutputFileIsRefused) {

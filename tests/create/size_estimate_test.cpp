@@ -5,11 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "commands/commands.h"
 #include "create/survey_check.h"
 #include "definition/definition_checks.h"
-#include "definition/parameter_file.h"
-#include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
 #include "test_support.h"
@@ -18,39 +15,11 @@ namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::TempDir;
-using testing::write_file_bytes;
+using namespace testing;
 
 /// 2 x 2 x 2 cells of 50 m, Z 0 to 100, flat topography at 50 m: the top layer is air, so 4 cells lie
 /// below the surface. Five readings, two in column (1, 1): one reading is kept per column.
-InversionFields tiny_definition() {
-    InversionFields d;
-    d.inversion_method = method_ubc_mag_v5;
-    d.mesh_min = {1000, 2000, 0, 0};
-    d.mesh_max = {1100, 2100, 100, 0};
-    d.mesh_cell_size = {50, 50, 50, 1};
-    d.mesh_cell_count = {2, 2, 2, 0};
-    d.add_mesh_padding = 0;
-    d.data_file_names[0] = "obs.csv";
-    d.data_file_names[1] = "topo.csv";
-    d.data_first_lines = {2, 2};
-    d.data_name_lines = {1, 1};
-    d.data_read_steps = {1, 1};
-    d.data_x_columns = {1, 1};
-    d.data_y_columns = {2, 2};
-    d.data_z_columns = {3, 3};
-    d.data_value_columns = {4, 0, 0};
-    d.regional_scale = 1;
-    d.sensor_height_type = 1;
-    d.topo_type = 0;
-    d.error_percent = 2;
-    d.error_floor = 1;
-    d.mag_inclination = 70;
-    d.mag_intensity = 50000;
-    d.data_types = {1, -1, -1, -1, -1, -1, -1};
-    d.background_topo = -1e32f;
-    return d;
-}
+InversionFields tiny_definition() { return small_survey({1000, 2000, 0}, {1100, 2100, 100}, {50, 50, 50}); }
 
 class SizeEstimateRun : public ::testing::Test {
 protected:
@@ -59,19 +28,8 @@ protected:
     TempDir dir;
 
     void SetUp() override {
-        write_file_bytes(dir.path() / "obs.csv",
-                         "x,y,z,value\r\n1025,2025,80,12.5\r\n1040,2040,85,99\r\n1075,2025,80,-3.25\r\n"
-                         "1025,2075,90,7\r\n1075,2075,95,100\r\n");
-        std::string topo = "x,y,z\r\n";
-        for (int y : {1990, 2030, 2050, 2070, 2110})
-            for (int x : {990, 1030, 1050, 1070, 1110})
-                topo += std::to_string(x) + "," + std::to_string(y) + ",50\r\n";
-        write_file_bytes(dir.path() / "topo.csv", topo);
-        save_inversion_parameters(tiny_definition(), "tiny survey", dir.path() / "survey.inp");
-        session.working_directory = dir.path();
-        initialise_inversion_form(session);
-        dialogue.file_answers.push_back((dir.path() / "survey.inp").string());
-        ASSERT_EQ(read_command(session, 0), 0);
+        write_small_survey_files(dir.path());
+        ASSERT_EQ(load_definition(session, dialogue, tiny_definition(), dir.path() / "survey.inp"), 0);
         ASSERT_EQ(check_inversion_definitions(session), 0) << dialogue.messages.back();
     }
 };

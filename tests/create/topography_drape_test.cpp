@@ -5,10 +5,7 @@
 
 #include <cstdlib>
 
-#include "commands/commands.h"
 #include "commands/create_commands.h"
-#include "definition/parameter_file.h"
-#include "form/form_load.h"
 #include "grids/grid_file.h"
 #include "session.h"
 #include "support/dialogue.h"
@@ -18,10 +15,7 @@ namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::read_file_bytes;
-using testing::TempDir;
-using testing::test_data;
-using testing::write_file_bytes;
+using namespace testing;
 
 /// The surface of every case: a plane rising east and north.
 double plane(double x, double y) { return 40 + 0.1 * (x - 1000) + 0.05 * (y - 2000); }
@@ -29,34 +23,12 @@ double plane(double x, double y) { return 40 + 0.1 * (x - 1000) + 0.05 * (y - 20
 /// A 2 x 2 x 4 mesh of 50 m columns and 25 m layers, X 1000 to 1100, Y 2000 to 2100, Z 0 to 100.
 /// The readings stand 5 m above the topography, which takes an offset of 2 m.
 InversionFields draped_definition(const std::string& topography) {
-    InversionFields d;
-    d.inversion_method = method_ubc_mag_v5;
-    d.mesh_min = {1000, 2000, 0, 0};
-    d.mesh_max = {1100, 2100, 100, 0};
-    d.mesh_cell_size = {50, 50, 25, 1};
-    d.mesh_cell_count = {2, 2, 4, 0};
-    d.add_mesh_padding = 0;
-    d.data_file_names[0] = "obs.csv";
+    InversionFields d = small_survey({1000, 2000, 0}, {1100, 2100, 100}, {50, 50, 25});
     d.data_file_names[1] = topography;
     d.data_first_lines = {2, 1};
     d.data_name_lines = {1, 0};
-    d.data_read_steps = {1, 1};
-    d.data_x_columns = {1, 1};
-    d.data_y_columns = {2, 2};
-    d.data_z_columns = {3, 3};
-    d.data_value_columns = {4, 0, 0};
-    d.regional_scale = 1;
     d.sensor_height_type = 0;  // the elevation column holds the height above the topography
     d.elevation_offsets = {0, 2, 0};
-    d.topo_type = 0;
-    d.topo_shift_option = 0;
-    d.error_percent = 2;
-    d.error_floor = 1;
-    d.mag_inclination = 70;
-    d.mag_declination = -10.5f;
-    d.mag_intensity = 50000;
-    d.data_types = {1, -1, -1, -1, -1, -1, -1};
-    d.background_topo = -1e32f;
     return d;
 }
 
@@ -97,17 +69,11 @@ protected:
 
     /// Creates the run package of the definition; the last message and the progress on failure.
     ::testing::AssertionResult create(const InversionFields& definition) {
-        save_inversion_parameters(definition, "draped survey", work / "survey.inp");
-        session.working_directory = work;
-        initialise_inversion_form(session);
-        dialogue.file_answers.push_back((work / "survey.inp").string());
-        if (read_command(session, 0) != 0) return ::testing::AssertionFailure() << "the definition wasn't read";
-        session.form.set_text("Drive1", "/");
-        session.form.set_text("Dir1", run.parent_path().string());
-        session.form.set_text("Text_directory_name", run.filename().string());
+        if (load_definition(session, dialogue, definition, work / "survey.inp") != 0)
+            return ::testing::AssertionFailure() << "the definition wasn't read";
+        set_run_directory(session, run);
         if (create_command(session, 0) == 0) return ::testing::AssertionSuccess();
-        return ::testing::AssertionFailure() << (dialogue.messages.empty() ? "" : dialogue.messages.back()) << "\n"
-                                             << session.form.text("Text_progress");
+        return ::testing::AssertionFailure() << last_words(session, dialogue);
     }
 };
 
