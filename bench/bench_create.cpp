@@ -18,6 +18,7 @@
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
+#include "test_support.h"
 
 namespace {
 
@@ -66,30 +67,12 @@ void write_survey(const fs::path& folder, int readings, int topo_points) {
         }
         std::fclose(out);
     }
-    invsetup::InversionFields d;
-    d.inversion_method = invsetup::method_ubc_mag_v5;
-    d.mesh_min = {x0, y0, 0, 0};
-    d.mesh_max = {x0 + side, y0 + side, 500, 0};
-    d.mesh_cell_size = {25, 25, 10, 1};
-    d.mesh_cell_count = {200, 200, 50, 0};
-    d.add_mesh_padding = 0;
-    d.data_file_names = {"obs.csv", "topo.csv", "", "", "", ""};
-    d.data_first_lines = {2, 2};
-    d.data_name_lines = {1, 1};
-    d.data_read_steps = {1, 1};
-    d.data_x_columns = {1, 1};
-    d.data_y_columns = {2, 2};
-    d.data_z_columns = {3, 3};
-    d.data_value_columns = {4, 0, 0};
-    d.regional_scale = 1;
-    d.sensor_height_type = 1;
-    d.topo_type = 0;
-    d.error_percent = 2;
-    d.error_floor = 1;
+    // A 200 x 200 x 50 mesh of 25 m by 10 m cells; the surface shifted down to the nearest node.
+    invsetup::InversionFields d = invsetup::testing::small_survey({x0, y0, 0}, {x0 + side, y0 + side, 500}, {25, 25, 10});
+    d.topo_shift_option = 1;
     d.mag_inclination = -62.5f;
     d.mag_declination = 8.25f;
     d.mag_intensity = 57650;
-    d.background_topo = -1e32f;
     invsetup::save_inversion_parameters(d, "bench_create survey", folder / "survey.inp");
 }
 

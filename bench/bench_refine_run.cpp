@@ -18,6 +18,7 @@
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
+#include "test_support.h"
 
 namespace {
 
@@ -57,37 +58,22 @@ void write_inputs(const fs::path& folder, int readings) {
                          random.next() * 100);
         std::fclose(out);
     }
-    invsetup::InversionFields d;
+    // A 200 x 250 x 100 mesh of 10 m by 5 m cells, no topography, refined in tiles of 40 x 45 cells.
+    invsetup::InversionFields d = invsetup::testing::small_survey({1000, 1000, -500}, {3000, 3500, 0}, {10, 10, 5});
     d.inversion_method = invsetup::method_ubc_mag_v4;
     d.refinement_mode = 1;
-    d.mesh_min = {1000, 1000, -500, 0};
-    d.mesh_max = {3000, 3500, 0, 0};
-    d.mesh_cell_size = {10, 10, 5, 1};
-    d.mesh_cell_count = {200, 250, 100, 0};
-    d.add_mesh_padding = 0;
     d.use_expanded_mesh = 0;
     d.x_tile_size = 40;
     d.y_tile_size = 45;
     d.tile_overlap = 10;
     d.tile_xy_blend = 5;
     d.tile_z_blend = 5;
-    d.data_file_names = {"obs.csv", "", "", "", "", ""};
-    d.data_first_lines = {2, 2};
-    d.data_name_lines = {1, 1};
-    d.data_read_steps = {1, 1};
-    d.data_x_columns = {1, 1};
-    d.data_y_columns = {2, 2};
-    d.data_z_columns = {3, 3};
-    d.data_value_columns = {4, 0, 0};
-    d.regional_scale = 1;
-    d.sensor_height_type = 1;
+    d.data_file_names[1] = "";
     d.topo_type = 1;
-    d.error_percent = 2;
-    d.error_floor = 1;
+    d.topo_shift_option = 1;
     d.mag_inclination = -62.5f;
     d.mag_declination = 8.25f;
     d.mag_intensity = 57650;
-    d.background_topo = -1e32f;
     invsetup::save_inversion_parameters(d, "bench_refine_run survey", folder / "refine.inp");
 }
 
