@@ -59,7 +59,7 @@ std::set<std::string> listing(const fs::path& folder) {
 std::map<std::string, std::string> package(const fs::path& folder) {
     std::map<std::string, std::string> files;
     for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_regular_file()) files[fs::relative(entry.path(), folder).string()] = read_file_bytes(entry.path());
+        if (entry.is_regular_file()) files[fs::relative(entry.path(), folder).generic_string()] = read_file_bytes(entry.path());
     return files;
 }
 

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <map>
 #include <string>
 
 #include "test_support.h"

@@ -123,29 +123,12 @@ TEST_F(TwinRun, TiledPackageFollowsTheJumpsOfTheTileFile) {
     write_batch_file(run_dir / "iter_all.bat", lines_of(test_data("twins/iter_all.bat")));
 
     ASSERT_EQ(run(run_dir / "iter_all.sh"), 0) << read_file_bytes(dir.path() / "err");
-    const std::string limits = " 1 9 1 9 1 12 -Expand";
-    EXPECT_EQ(take_log(),
-              "tile0101: Vorlextract ../mesh ../model.sus model.sus" + limits + "\n" +
-                  "tile0101: Vorlextract ../mesh ../ref.sus mag3d_ref.sus" + limits + " -Ref ../rocks.txt\n" +
-                  "tile0101: Vorlextract ../mesh ../refined.sus maginv3d.mod" + limits + " ../mag.obs ../topo.dat\n" +
-                  "tile0101: Vorlnullvol ../../coarse/coarse.msh ../../coarse/coarse.sus tilenull.sus 1000.00 "
-                  "1100.00 2000.00 2100.00 -500.000 100.000\n"
-                  "tile0101: magfor3d tilenull.msh mag.dat tilenull.sus ../../coarse/topo.dat\n"
-                  "tile0101: Vorldelreg mag.dat - magfor3d.mag mag.obs 2 1\n"
-                  "tile0101: pfweight mag_weights.inp 4\n"
-                  "tile0101: magsen3d magsen3d.inp\n"
-                  "tile0101: maginv3d maginv3d.inp\n"
-                  "tile0101: vorlerror mag.obs maginv3d.pre error.dat mesh\n"
-                  "tile0101: Vorlinsert mesh maginv3d.sus ../mesh ../maginv3d.sus 3 6 3 6 1 10 2 1\n");
+    // The first run reduces the data, builds the matrix and inverts; the stand-ins log each call.
+    EXPECT_EQ(take_log(), read_file_bytes(test_data("twins/iter_all_calls.log")));
     EXPECT_EQ(read_file_bytes(run_dir / "maginv3d.sus"), "tile0101\n");
 
     ASSERT_EQ(run(run_dir / "tile0101.sh"), 0) << read_file_bytes(dir.path() / "err");
-    EXPECT_EQ(take_log(),
-              "tile0101: Vorlextract ../mesh ../model.sus model.sus" + limits + "\n" +
-                  "tile0101: Vorlextract ../mesh ../ref.sus mag3d_ref.sus" + limits + " -Ref ../rocks.txt\n" +
-                  "tile0101: maginv3d maginv3d.restart\n"
-                  "tile0101: vorlerror mag.obs maginv3d.pre error.dat mesh\n"
-                  "tile0101: Vorlinsert mesh maginv3d.sus ../mesh ../maginv3d.sus 3 6 3 6 1 10 2 1\n");
+    EXPECT_EQ(take_log(), read_file_bytes(test_data("twins/tile_mag_rerun_calls.log")));
 
     // A failing program stops the twin: nothing after it runs.
     fs::remove(run_dir / "tile0101" / "maginv3d.restart");

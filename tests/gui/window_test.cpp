@@ -11,7 +11,6 @@
 #include <QTabWidget>
 #include <QTest>
 #include <filesystem>
-#include <map>
 
 #include "form_binder.h"
 #include "main_window.h"
@@ -61,15 +60,6 @@ struct Harness {
     }
     bool shown(const char* name, int index = no_index) { return !widget(name, index)->isHidden(); }
 };
-
-/// Every file below `root`, by path relative to it, with its bytes.
-std::map<std::string, std::string> files_below(const fs::path& root) {
-    std::map<std::string, std::string> files;
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        if (entry.is_regular_file())
-            files[fs::relative(entry.path(), root).generic_string()] = testing::read_file_bytes(entry.path());
-    return files;
-}
 
 }  // namespace
 
@@ -192,15 +182,14 @@ private slots:
 
     void a_creation_through_the_window_writes_the_package_of_the_command_line() {
         const testing::TempDir dir;
-        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
-            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        testing::copy_example("magnetic", dir.path());
         const fs::path definition = dir.path() / "inversion.inp";
         const std::string original = testing::read_file_bytes(definition);
 
         const testing::CliRun cli =
             testing::run_cli("create --quiet " + testing::quoted(definition) + " " + testing::quoted(dir.path() / "run"));
         QVERIFY2(cli.exit_code == 0, cli.err.c_str());
-        const auto expected = files_below(dir.path() / "run");
+        const auto expected = testing::package(dir.path() / "run");
         QVERIFY(expected.size() >= 8);  // mesh, model, observations, inputs, batch files and their twins
         const std::string expected_beside = testing::read_file_bytes(dir.path() / "run.inp");
         const std::string expected_working = testing::read_file_bytes(definition);
@@ -225,7 +214,7 @@ private slots:
         QVERIFY2(h.dialogue.messages.size() <= 1, h.dialogue.messages.front().c_str());
         QVERIFY(h.session.form.text("Text_progress").find("Inversion processing complete") != std::string::npos);
 
-        const auto written = files_below(dir.path() / "run");
+        const auto written = testing::package(dir.path() / "run");
         QCOMPARE(written.size(), expected.size());
         for (const auto& [file, bytes] : expected) {
             QVERIFY2(written.count(file) == 1, file.c_str());
@@ -239,8 +228,7 @@ private slots:
 
     void a_column_box_opens_the_name_list_over_itself() {
         const testing::TempDir dir;
-        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
-            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        testing::copy_example("magnetic", dir.path());
         Harness h;
         h.session.working_directory = dir.path();
         h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
@@ -270,8 +258,7 @@ private slots:
 
     void the_tiling_layout_paints_the_plan_and_follows_the_pointer_and_the_spin_arrows() {
         const testing::TempDir dir;
-        for (const auto& entry : fs::directory_iterator(fs::path(INVSETUP_EXAMPLES) / "magnetic"))
-            fs::copy(entry.path(), dir.path() / entry.path().filename());
+        testing::copy_example("magnetic", dir.path());
         Harness h;
         h.session.working_directory = dir.path();
         h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
