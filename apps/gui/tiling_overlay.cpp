@@ -64,7 +64,9 @@ TilingOverlay::TilingOverlay(Session& session, FormBinder& binder, QWidget* pare
                 if (!readings_->x.empty()) {
                     const PictureFrame frame = fit_picture_frame(view.view_x_min, view.view_x_max, view.view_y_min,
                                                                  view.view_y_max, width, height, 10.0);
-                    paint_points(readings_->x, readings_->y, readings_->values, frame, ColourTable::spectrum(), image, 2);
+                    std::vector<double> x = readings_->x, y = readings_->y;
+                    mesh_points_to_view(view, x, y);
+                    paint_points(x, y, readings_->values, frame, ColourTable::spectrum(), image, 2);
                 }
                 return image;
             }

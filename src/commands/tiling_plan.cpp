@@ -29,11 +29,14 @@ void paint_background(const Session& session, const PictureFrame& frame, RgbaIma
             return;
         }
     }
-    const DataPicture data = load_data_picture(session, session.definition.obs_data_file_type == 1 ? 2 : 0);
-    if (!data.grid.empty())
+    DataPicture data = load_data_picture(session, session.definition.obs_data_file_type == 1 ? 2 : 0);
+    if (!data.grid.empty()) {
         paint_grid(data.grid, frame, table, image);
-    else if (!data.x.empty())
+    } else if (!data.x.empty()) {
+        // The readings come in mesh coordinates; a view on the map takes them back there.
+        mesh_points_to_view(session.tiling_view, data.x, data.y);
         paint_points(data.x, data.y, data.values, frame, table, image, 3);
+    }
 }
 
 }  // namespace

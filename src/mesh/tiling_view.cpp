@@ -1,6 +1,7 @@
 // src/mesh/tiling_view.cpp - the plan view of the mesh and its tiles as a list of lines.
 #include "mesh/tiling_view.h"
 
+#include "grids/grid_access.h"
 #include "grids/interval_search.h"
 #include "mesh/inversion_mesh.h"
 #include "mesh/mesh_definition.h"
@@ -20,9 +21,14 @@ void add_line(TilingView& view, double x1, double x2, double y1, double y2, std:
     view.lines.push_back(ViewLine{x1, y1, x2, y2, colour, width, style});
 }
 
-/// One line in mesh coordinates.
+/// One line in mesh coordinates; on the map its ends go there first.
 void draw_mesh_line(TilingView& view, double x1, double x2, double y1, double y2, std::uint32_t colour, int width,
                     LineStyle style) {
+    if (view.map_frame) {
+        double z = 0;
+        apply_point_transform(view.to_map, map_to_local, x1, y1, z);
+        apply_point_transform(view.to_map, map_to_local, x2, y2, z);
+    }
     double px1 = 0, py1 = 0, px2 = 0, py2 = 0;
     mesh_to_view(view, x1, y1, px1, py1);
     mesh_to_view(view, x2, y2, px2, py2);
@@ -67,6 +73,14 @@ void view_to_mesh(const TilingView& view, double px, double py, double& x, doubl
     y = view.view_y_max - (py - view.view_top) / view.view_scale;
 }
 
+void mesh_points_to_view(const TilingView& view, std::vector<double>& x, std::vector<double>& y) {
+    if (!view.map_frame) return;
+    for (std::size_t k = 0; k < x.size() && k < y.size(); ++k) {
+        double z = 0;
+        apply_point_transform(view.to_map, map_to_local, x[k], y[k], z);
+    }
+}
+
 void draw_tiling_layout(Session& session) {
     TilingView& view = session.tiling_view;
     const InversionMesh& mesh = session.mesh;
@@ -98,6 +112,19 @@ void draw_tiling_layout(Session& session) {
         view.view_x_max = d.mesh_max[0];
         view.view_y_min = d.mesh_min[1];
         view.view_y_max = d.mesh_max[1];
+    }
+
+    // With the point transform on, the image is asked for the map area round the region: the
+    // inverted transform takes the region's corners there, and draws the mesh lines after them.
+    PointTransform working = d.coordinate_transform;
+    update_point_transform(working);
+    view.map_frame = working.active;
+    if (view.map_frame) {
+        view.to_map = working;
+        invert_point_transform(view.to_map);
+        update_point_transform(view.to_map);
+        transform_grid_extents(view.to_map, map_to_local, view.view_x_min, view.view_x_max, view.view_y_min,
+                               view.view_y_max);
     }
 
     const double span_x = view.view_x_max - view.view_x_min;
@@ -179,15 +206,15 @@ void tiling_pointer_move(Session& session, double px, double py) {
     const TileTable& tiles = session.tiles;
     double x = 0, y = 0;
     view_to_mesh(view, px, py, x, y);
+    if (view.map_frame) {
+        // The pointer is on the map; the mesh point under it comes back through the transform.
+        view.panels[2] = format_picture(x, "0.0");
+        view.panels[3] = format_picture(y, "0.0");
+        double z = 0;
+        apply_point_transform(view.to_map, local_to_map, x, y, z);
+    }
     view.panels[0] = format_picture(x, "0.0");
     view.panels[1] = format_picture(y, "0.0");
-    const PointTransform& transform = session.definition.coordinate_transform;
-    if (transform.active) {
-        double map_x = x, map_y = y, z = 0;
-        apply_point_transform(transform, 1, map_x, map_y, z);
-        view.panels[2] = format_picture(map_x, "0.0");
-        view.panels[3] = format_picture(map_y, "0.0");
-    }
     const int cell_x = interval_search(mesh.x_nodes, mesh.nx + 1, x);
     const int cell_y = interval_search(mesh.y_nodes, mesh.ny + 1, y);
     const std::string cells = format_picture(cell_x, "0") + "," + format_picture(cell_y, "0");

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/point_transform.h"
+
 namespace invsetup {
 struct Session;
 
@@ -33,6 +35,10 @@ struct TilingView {
     double view_x_min = 0, view_x_max = 0, view_y_min = 0, view_y_max = 0;
     double view_scale = 0;  // drawing units per metre
     double view_left = 0, view_top = 0;
+    /// With the point transform on, the region is shown in map coordinates, and `to_map` (the
+    /// inverted working transform, applied from map to local) carries mesh points onto the map.
+    bool map_frame = false;
+    PointTransform to_map;
     int hover_tile_x = 0, hover_tile_y = 0;
     int chosen_tile_x = 0, chosen_tile_y = 0;
     bool updating_clip = false;
@@ -51,15 +57,23 @@ struct TilingView {
 };
 
 /// Draws the view of session.mesh (and, in refinement mode, its tiles) into session.tiling_view:
-/// region, scale and the line list. The definition must have been checked (the mesh built).
+/// region, scale and the line list. The definition must have been checked (the mesh built). With
+/// the definition's point transform on, the region is the map area round the mesh's region, and
+/// the mesh's lines are carried onto the map.
 void draw_tiling_layout(Session& session);
 
-/// The mesh coordinates of a point of the picture.
+/// The coordinates of the view's region (map coordinates when the view is on the map) of a point of
+/// the picture.
 void view_to_mesh(const TilingView& view, double px, double py, double& x, double& y);
-/// The picture point of mesh coordinates.
+/// The picture point of coordinates of the view's region.
 void mesh_to_view(const TilingView& view, double x, double y, double& px, double& py);
 
-/// The pointer moved to (px, py) of the picture: coordinates, cell and hover tile in the panels.
+/// Points in mesh coordinates (the readings under the view) taken to the view's region: onto the map
+/// when the view is there, else left as they are.
+void mesh_points_to_view(const TilingView& view, std::vector<double>& x, std::vector<double>& y);
+
+/// The pointer moved to (px, py) of the picture: the mesh coordinates (panels 1 and 2), on the map
+/// the map coordinates too (panels 3 and 4), the cell and the hover tile.
 void tiling_pointer_move(Session& session, double px, double py);
 /// The mouse button came up: with the tile choice open and a tile under the pointer, that tile is
 /// chosen and Check_do_tile shows its mark ("Skip Tile X01 Y02").

@@ -1,6 +1,6 @@
 // tests/commands/tiling_plan_test.cpp - the tiling layout of a 2 x 2 refinement (the fixture of the
-// tiled-run test) in a 600 x 500 picture: its line list, the pointer, the tile choice and the spin
-// controls. The region is the whole mesh, 1000 to 1600 by 2000 to 2600: 480 pixels square at a
+// tiled-run test) in a 600 x 500 picture: its line list, the pointer, the tile choice, the spin
+// controls, and the view on the map with the point transform on. The region is the whole mesh, 1000 to 1600 by 2000 to 2600: 480 pixels square at a
 // scale of 0.8, 60 pixels from the left and 10 from the top.
 #include "commands/tiling_plan.h"
 
@@ -79,21 +79,73 @@ TEST_F(TilingLayout, PointerFindsTheTileAndAClickMarksIt) {
     tiling_check_do_tile(session);
     EXPECT_EQ(view.lines.size(), 28u);
 
-    // With the point transform on, the map coordinates too: here a shift of 500000, 7000000.
-    PointTransform& transform = session.definition.coordinate_transform;
-    transform.map_x0 = 500000;
-    transform.map_y0 = 7000000;
-    update_point_transform(transform);
-    tiling_pointer_move(session, 360, 330);
-    EXPECT_EQ(view.panels[2], "501375.0");
-    EXPECT_EQ(view.panels[3], "7002200.0");
-
     // Outside the tiled region: no tile, the totals, and a click keeps the chosen tile.
     tiling_pointer_move(session, 70, 20);
     EXPECT_EQ(view.hover_tile_x, 0);
     EXPECT_EQ(view.panels[5], "10,10");
     tiling_mouse_up(session);
     EXPECT_EQ(view.chosen_tile_x, 2);
+}
+
+TEST_F(TilingLayout, WithThePointTransformTheViewIsOnTheMap) {
+    // Mesh point (x, y) on the map, then in pixels: a shift keeps the layout; a quarter turn about
+    // the mesh's south-west corner puts (x, y) at (60 + 0.8 (y - 2000), 10 + 0.8 (x - 1000)); a half
+    // turn about its middle at (60 + 0.8 (1600 - x), 10 + 0.8 (y - 2000)). The cells under the
+    // pointer count the mesh's nodes 1000, 1100, 1150 ... 1500, 1600 (y from 2000 alike).
+    struct Case {
+        const char* name;
+        double angle, local_x0, local_y0, map_x0, map_y0;
+        std::vector<ViewLine> lines;  // tile 1's core start and outer end, the y cores' meeting, the core's south side
+        double pointer_x, pointer_y;
+        std::array<std::string, 5> panels;
+    };
+    const std::vector<Case> cases = {
+        {"shift", 0, 0, 0, 500000, 7000000,
+         {{140, 410, 140, 130, red, 1, LineStyle::solid}, {340, 410, 340, 130, blue, 2, LineStyle::solid},
+          {140, 250, 420, 250, red, 1, LineStyle::solid}, {140, 410, 460, 410, red, 1, LineStyle::dotted}},
+         360, 330, {"1375.0", "2200.0", "501375.0", "7002200.0", "7,4 T0201"}},
+        {"quarter turn", 90, 1000, 2000, 500000, 7000000,
+         {{140, 90, 420, 90, red, 1, LineStyle::solid}, {140, 290, 420, 290, blue, 2, LineStyle::solid},
+          {300, 90, 300, 370, red, 1, LineStyle::solid}, {140, 90, 140, 410, red, 1, LineStyle::dotted}},
+         364, 334, {"1405.0", "2380.0", "500380.0", "6999595.0", "8,7 T0202"}},
+        {"half turn", 180, 1300, 2300, 1300, 2300,
+         {{460, 90, 460, 370, red, 1, LineStyle::solid}, {260, 90, 260, 370, blue, 2, LineStyle::solid},
+          {460, 250, 180, 250, red, 1, LineStyle::solid}, {460, 90, 140, 90, red, 1, LineStyle::dotted}},
+         360, 334, {"1225.0", "2405.0", "1375.0", "2195.0", "4,8 T0102"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        PointTransform& transform = session.definition.coordinate_transform;
+        transform.angle = c.angle;
+        transform.local_x0 = c.local_x0;
+        transform.local_y0 = c.local_y0;
+        transform.map_x0 = c.map_x0;
+        transform.map_y0 = c.map_y0;
+        update_point_transform(transform);
+        ASSERT_EQ(display_tiling_layout(session, 1), 0);
+        EXPECT_NEAR(view.view_scale, 0.8, 1e-6);  // the short degree constant turns a little less or more
+        EXPECT_NEAR(view.view_left, 60, 1e-6);
+        EXPECT_NEAR(view.view_top, 10, 1e-6);
+        for (const ViewLine& line : c.lines) {
+            const auto near = [&line](const ViewLine& drawn) {
+                return std::abs(drawn.x1 - line.x1) < 1e-3 && std::abs(drawn.y1 - line.y1) < 1e-3 &&
+                       std::abs(drawn.x2 - line.x2) < 1e-3 && std::abs(drawn.y2 - line.y2) < 1e-3 &&
+                       drawn.colour == line.colour && drawn.width == line.width && drawn.style == line.style;
+            };
+            EXPECT_TRUE(std::any_of(view.lines.begin(), view.lines.end(), near))
+                << line.x1 << "," << line.y1 << " " << line.x2 << "," << line.y2;
+        }
+        tiling_pointer_move(session, c.pointer_x, c.pointer_y);
+        for (std::size_t k = 0; k < 5; ++k) EXPECT_EQ(view.panels[k], c.panels[k]) << k;
+    }
+    // The readings stand at their map place under the turned lines: the one at 1125, 2275 (a map
+    // point, 1475, 2325 in the turned mesh) where it was, not where its mesh point would fall; tile
+    // 1's outer end now at x 260.
+    const RgbaImage image = tiling_layout_picture(session, 600, 500);
+    const Rgba white{255, 255, 255, 255};
+    EXPECT_NE(image.at(160, 270), white);
+    EXPECT_EQ(image.at(440, 230), white);
+    EXPECT_EQ(image.at(260, 200), (Rgba{0, 0, 255, 255}));
 }
 
 TEST_F(TilingLayout, SpinsMoveTheOverlapOrALimitByTheLoadedCell) {
