@@ -73,6 +73,58 @@ bool contains(std::string_view text, std::string_view part) { return text.find(p
 /// A count of cells as the file gives it; 0 (refused as invalid) when no count of cells can be that.
 int cell_count(double value) { return value >= 0 && value <= 2147483647.0 ? to_integer(value) : 0; }
 
+/// Bytes from the read position to the end of the stream; -1 when the stream can't say.
+double bytes_left(std::istream& in) {
+    const std::streampos here = in.tellg();
+    if (here < 0) return -1;
+    in.seekg(0, std::ios::end);
+    const std::streampos end = in.tellg();
+    in.clear();
+    in.seekg(here);
+    return end < here ? -1 : static_cast<double>(end - here);
+}
+
+/// The most values `bytes` of text can hold: a digit and a separator each, the last without one.
+double values_held(double bytes) { return std::floor((bytes + 1) / 2); }
+
+/// True when the rest of the stream holds a "*": a repeat gives many widths in one word.
+bool has_repeats(std::istream& in) {
+    const std::streampos here = in.tellg();
+    bool found = false;
+    char buffer[65536];
+    while (!found && in.read(buffer, sizeof buffer).gcount() > 0)
+        found = std::string_view(buffer, static_cast<std::size_t>(in.gcount())).find('*') != std::string_view::npos;
+    in.clear();
+    in.seekg(here);
+    return found;
+}
+
+std::string counts_text(const LoadedMesh& mesh) {
+    return count_text(mesh.nx) + " x " + count_text(mesh.ny) + " x " + count_text(mesh.nz);
+}
+
+/// The claim of a file's counts against what the file can hold and the memory the tables take, before
+/// any table is made: "" when they fit, else the refusal. `values` is the number of values (widths,
+/// node coordinates) the counts ask of the file; `repeats` tells that a word may stand for many widths.
+std::string mesh_file_refusal(std::string_view file_name, const LoadedMesh& mesh, double values, double bytes,
+                              bool repeats) {
+    const double cells = static_cast<double>(mesh.nx) * mesh.ny * mesh.nz;
+    const std::string memory = mesh_memory_refusal("mesh file " + std::string(file_name), cells, available_memory_bytes());
+    if (!memory.empty()) return memory;
+    if (bytes >= 0 && !repeats && values > values_held(bytes))
+        return "The mesh file " + std::string(file_name) + " claims " + counts_text(mesh) + " cells, which take " +
+               count_text(values) + " values, but its " + count_text(bytes) + " bytes can hold at most " +
+               count_text(values_held(bytes)) + ": the counts are wrong, or it is not a mesh file.";
+    // The axis tables (widths, nodes and centres, double reals) come beside the models.
+    const double axis_bytes = 3.0 * sizeof(double) * (static_cast<double>(mesh.nx) + mesh.ny + mesh.nz);
+    const double available = available_memory_bytes();
+    if (available > 0 && axis_bytes + 4 * cells * sizeof(float) > available)
+        return "The mesh file " + std::string(file_name) + " has " + counts_text(mesh) + " cells; its axis tables take " +
+               bytes_text(axis_bytes) + " beside " + bytes_text(4 * cells * sizeof(float)) + " for the models; " +
+               bytes_text(available) + " is available.";
+    return "";
+}
+
 void size_widths(LoadedMesh& mesh) {
     mesh.dx.assign(std::max(mesh.nx, 0));
     mesh.dy.assign(std::max(mesh.ny, 0));
@@ -214,40 +266,63 @@ void build_trapezoid_geometry(LoadedMesh& mesh) {
     for (int j = 1; j <= rows; ++j) fill(trapezoid.y_table, j, trapezoid.nodes(1, j));
 }
 
+/// What a reading stops at: the file (for messages) and the part being read (for a fault's message).
+struct ReadPlace {
+    std::string file_name;
+    const char* field = "first lines";
+};
+
+/// The nodes of a block after the widths against the bytes left: 0, or -1 after the refusal.
+int check_node_block(Session& session, std::istream& in, const LoadedMesh& mesh, const ReadPlace& place,
+                     const char* block, double per_node) {
+    const double nodes = (mesh.nx + 1.0) * (mesh.ny + 1.0);
+    const double bytes = bytes_left(in);
+    if (bytes < 0 || nodes * per_node <= values_held(bytes)) return 0;
+    session.dialogue.message_box("The mesh file " + place.file_name + " claims a " + block + " of " +
+                                 count_text(mesh.nx + 1.0) + " x " + count_text(mesh.ny + 1.0) + " nodes, but the " +
+                                 count_text(bytes) + " bytes after its heading can hold at most " +
+                                 count_text(values_held(bytes)) + " values: the counts are wrong, or the file is damaged.");
+    return -1;
+}
+
 /// The trailer items, each optional, in their order. A line that doesn't match waits for the next.
-void read_trailer(std::istream& in, LoadedMesh& mesh) {
+/// Returns 0, or -1 after a message.
+int read_trailer(Session& session, std::istream& in, LoadedMesh& mesh, ReadPlace& place) {
+    place.field = "trailer";
     std::string line;
     bool have = read_nonblank_line(in, line);
     auto words_after = [&line](std::size_t prefix) { return line.substr(std::min(prefix, line.size())); };
-    if (!have) return;
+    if (!have) return 0;
     if (starts_with(line, "Mesh format:")) {
         std::string rest = words_after(12);
         mesh.mesh_format = to_integer(parse_number_prefix(next_word(rest)));
-        if (!(have = read_nonblank_line(in, line))) return;
+        if (!(have = read_nonblank_line(in, line))) return 0;
     }
     if (starts_with(line, "Mesh topo drape:")) {
         std::string rest = words_after(16);
         mesh.drape_top = static_cast<float>(parse_number_prefix(next_word(rest)));
         mesh.drape_bottom = static_cast<float>(parse_number_prefix(next_word(rest)));
         mesh.drape_range = mesh.drape_top - mesh.drape_bottom;
-        if (!(have = read_nonblank_line(in, line))) return;
+        if (!(have = read_nonblank_line(in, line))) return 0;
     }
     if (starts_with(line, "Number of air cells:")) {
         std::string rest = words_after(20);
         mesh.air_cells = to_integer(parse_number_prefix(next_word(rest)));
-        if (!(have = read_nonblank_line(in, line))) return;
+        if (!(have = read_nonblank_line(in, line))) return 0;
     }
     if (starts_with(line, "Number of sea cells:")) {
         std::string rest = words_after(20);
         mesh.sea_cells = to_integer(parse_number_prefix(next_word(rest)));
-        if (!(have = read_nonblank_line(in, line))) return;
+        if (!(have = read_nonblank_line(in, line))) return 0;
     }
     mesh.earth_cells = mesh.nz - mesh.sea_cells - mesh.air_cells;
     if (starts_with(line, "Topography")) {
         if (mesh.mesh_format == 3 || mesh.mesh_format == 5) mesh.z0 = 0;
         mesh.has_topo = true;
+        place.field = "topography block";
+        if (check_node_block(session, in, mesh, place, "topography", 1) != 0) return -1;
         mesh.topo_grid.assign(mesh.nx + 1, mesh.ny + 1, 0.0f);
-        if (!read_topography(in, mesh)) return;
+        if (!read_topography(in, mesh)) return 0;
         have = read_nonblank_line(in, line);
         if (!have && mesh.topo_max == mesh.topo_min) {
             // A flat surface is no topography: the mesh top is that level.
@@ -257,30 +332,34 @@ void read_trailer(std::istream& in, LoadedMesh& mesh) {
             mesh.has_topo = false;
             mesh.mesh_format = 0;
         }
-        if (!have) return;
+        if (!have) return 0;
     }
     if (starts_with(line, "Trapezoidal")) {
         mesh.mesh_format = 4;
         mesh.has_trapezoid = 1;
         MeshTrapezoid& trapezoid = mesh.trapezoid;
         trapezoid.rotation = trapezoid.sin_rotation = trapezoid.cos_rotation = 0;
+        place.field = "trapezoid nodes";
+        if (check_node_block(session, in, mesh, place, "trapezoid node table", 2) != 0) return -1;
         trapezoid.nodes.assign(mesh.nx + 1, mesh.ny + 1, {0.0, 0.0});
         trapezoid.cell_corners.assign(mesh.nx + 1, mesh.ny + 1, {});
         TokenStream tokens(in);
         std::string_view a, b;
         for (int j = 1; j <= mesh.ny + 1; ++j)
             for (int i = 1; i <= mesh.nx + 1; ++i) {
-                if (!tokens.next(a) || !tokens.next(b)) return;
+                if (!tokens.next(a) || !tokens.next(b)) return 0;
                 trapezoid.nodes(i, j) = {parse_number_prefix(a), parse_number_prefix(b)};
             }
         build_trapezoid_geometry(mesh);
     }
+    return 0;
 }
 
-int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const TwoAxisTables* tables) {
+int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const TwoAxisTables* tables, ReadPlace& place) {
     if (mesh.mesh_format != -100) {
         std::string line;
         read_nonblank_line(in, line);
+        place.field = "cell counts";
         const bool node_form = contains(line, "number of grid nodes");
         if (node_form) read_nonblank_line(in, line);
         std::replace(line.begin(), line.end(), ',', ' ');
@@ -307,6 +386,7 @@ int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const Tw
         mesh.topo_max = -1e32f;
         mesh.topo_min = 1e32f;
         mesh.drape_range = 0;
+        place.field = "cell widths";
         if (!node_form) {
             TokenStream tokens(in);
             std::string_view token;
@@ -324,7 +404,7 @@ int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const Tw
             if (status < 0) return -1;
             ended = status == 1;
         }
-        if (!ended) read_trailer(in, mesh);
+        if (!ended && read_trailer(session, in, mesh, place) != 0) return -1;
     } else if (tables) {
         mesh.nx = static_cast<int>(tables->x_widths.size());
         mesh.nz = static_cast<int>(tables->z_widths.size());
@@ -335,7 +415,8 @@ int read_ubc_body(Session& session, std::istream& in, LoadedMesh& mesh, const Tw
         for (int i = 1; i <= 3; ++i) mesh.dy[i] = 100.0;
     }
     if (mesh.mesh_format == -100) mesh.mesh_format = 0;
-    if (derive_mesh_geometry(session, mesh) != 0) return -1;
+    place.field = "cell geometry";
+    if (derive_mesh_geometry(session, mesh, place.file_name) != 0) return -1;
     if (mesh.mesh_format == 5 && mesh.drape_top < mesh.drape_bottom) {
         mesh.drape_top = mesh.topo_min;
         mesh.drape_bottom = static_cast<float>(mesh.topo_min - (mesh.z_nodes[1] - mesh.z_nodes[mesh.nz + 1]));
@@ -417,7 +498,10 @@ void insert_sorted(std::vector<double>& list, double value) {
 
 }  // namespace
 
-int read_ubc_mesh(Session& session, std::istream& in, LoadedMesh& mesh) { return read_ubc_body(session, in, mesh, nullptr); }
+int read_ubc_mesh(Session& session, std::istream& in, LoadedMesh& mesh) {
+    ReadPlace place;
+    return read_ubc_body(session, in, mesh, nullptr, place);
+}
 
 int read_layered_mesh(Session& session, std::istream& in, LoadedMesh& mesh) {
     const int air = mesh.air_cells;
@@ -510,7 +594,7 @@ double smallest_width(const Array1<double>& widths, int first, int last, double 
 
 }  // namespace
 
-int derive_mesh_geometry(Session& session, LoadedMesh& mesh) {
+int derive_mesh_geometry(Session& session, LoadedMesh& mesh, std::string_view file_name) {
     struct Axis {
         const char* name;
         int& count;
@@ -531,8 +615,12 @@ int derive_mesh_geometry(Session& session, LoadedMesh& mesh) {
         for (int i = 1; i <= n; ++i) {
             const double width = axis.widths[i];
             if (!(width > 0)) {
-                session.dialogue.message_box(std::string("Bad ") + axis.name + " cell " + format_picture(i, "0") + " " +
-                                             format_picture(width, "0.00"));
+                std::string text = std::string("Bad ") + axis.name + " cell " + format_picture(i, "0") + " " +
+                                   format_picture(width, "0.00");
+                if (!file_name.empty())
+                    text += " in the mesh file " + std::string(file_name) + ": every " + axis.name +
+                            " cell needs a width above 0 (is it a mesh file, or did it end early?)";
+                session.dialogue.message_box(text);
                 axis.count = 0;
                 return -1;
             }
@@ -581,7 +669,7 @@ bool ask_inversion_file_options(Session& session, bool& swap_xy) {
     return true;
 }
 
-int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int model_kind) {
+int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int model_kind, ReadPlace& place) {
     std::string line;
     read_nonblank_line(in, line);
     if (const std::size_t bang = line.find('!'); bang != std::string::npos) line = trim(line.substr(0, bang));
@@ -686,9 +774,15 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
             session.dialogue.message_box("The number of cells in the mesh file is invalid");
             return -1;
         }
-        // Asked before the widths are taken: a line of a few bytes can claim a billion cells.
-        const std::string refusal = mesh_memory_refusal(
-            "mesh file", static_cast<double>(mesh.nx) * mesh.ny * mesh.nz, available_memory_bytes());
+        // Asked before the widths are taken: a line of a few bytes can claim a billion cells. The widths
+        // of a plain file may come as repeats ("1000*10"); a layered file lists each width and node.
+        place.field = "cell counts";
+        double values = 0;
+        if (format == 0) values = static_cast<double>(mesh.nx) + mesh.ny + mesh.nz;
+        if (format == 1) values = static_cast<double>(mesh.nz) + 3 * (mesh.nx + 1.0) * (mesh.ny + 1.0);
+        const double bytes = bytes_left(in);
+        const bool repeats = format == 0 && bytes >= 0 && values > values_held(bytes) && has_repeats(in);
+        const std::string refusal = mesh_file_refusal(place.file_name, mesh, values, bytes, repeats);
         if (!refusal.empty()) {
             session.dialogue.message_box(refusal);
             return -1;
@@ -701,12 +795,14 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
         in.seekg(0);
         if (format == -100) {
             TwoAxisTables tables;
+            place.field = "segments";
             if (read_two_axis_tables(session, in, mesh, tables) != 0) return -1;
-            if (read_ubc_body(session, in, mesh, &tables) != 0) return -1;
-        } else if (read_ubc_body(session, in, mesh, nullptr) != 0) {
+            if (read_ubc_body(session, in, mesh, &tables, place) != 0) return -1;
+        } else if (read_ubc_body(session, in, mesh, nullptr, place) != 0) {
             return -1;
         }
     } else if (format == 1) {
+        place.field = "layers and node table";
         if (read_layered_mesh(session, in, mesh) != 0) return -1;
     }
     // Formats 2 to 4 read no cells: only their counts and the dialogue are used.
@@ -716,7 +812,8 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
         for (int j = 1; j <= mesh.dy.size(); ++j) extent += mesh.dy[j];
         mesh.y0 -= extent;
     }
-    if (derive_mesh_geometry(session, mesh) != 0 || mesh.nx < 1 || mesh.ny < 1 || mesh.nz < 1) return -1;
+    place.field = "cell geometry";
+    if (derive_mesh_geometry(session, mesh, place.file_name) != 0 || mesh.nx < 1 || mesh.ny < 1 || mesh.nz < 1) return -1;
 
     if (mesh.has_topo) {
         if (mesh.mesh_format >= 2 && mesh.mesh_format <= 5) mesh.surface_level = static_cast<float>(mesh.z0);
@@ -732,16 +829,18 @@ int read_mesh_stream(Session& session, std::istream& in, LoadedMesh& mesh, int m
 
 int read_mesh_file(Session& session, const std::string& file_name, int model_kind) {
     LoadedMesh& mesh = session.loaded_mesh;
+    ReadPlace place{file_name};
     try {
         require_regular_file(native_path(file_name), "mesh file");
         std::ifstream in(native_path(file_name), std::ios::binary);
-        if (!in) throw std::runtime_error("cannot open " + file_name);
-        const int status = read_mesh_stream(session, in, mesh, model_kind);
+        if (!in) throw std::runtime_error("The mesh file " + file_name + " could not be opened.");
+        const int status = read_mesh_stream(session, in, mesh, model_kind, place);
         if (status != 0) mesh.loaded = false;
         return status;
     } catch (const std::exception& fault) {
         mesh.loaded = false;
-        session.dialogue.message_box("An error occurred while reading the mesh file : \n" + std::string(fault.what()));
+        session.dialogue.message_box("An error occurred while reading the mesh file : \n" +
+                                     read_fault_text("mesh file", file_name, place.field, fault));
         return -1;
     }
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <istream>
 #include <string>
+#include <string_view>
 
 #include "support/array1.h"
 
@@ -64,7 +65,7 @@ int read_ubc_mesh(Session& session, std::istream& in, LoadedMesh& mesh);
 int read_layered_mesh(Session& session, std::istream& in, LoadedMesh& mesh);
 
 /// Nodes, centres, padding counts and core widths from counts, origin and widths. Returns 0, or -1
-/// after "Bad x cell ..." with the count of that axis set to 0.
-int derive_mesh_geometry(Session& session, LoadedMesh& mesh);
+/// after "Bad x cell ..." (which names `file_name` when given) with the count of that axis set to 0.
+int derive_mesh_geometry(Session& session, LoadedMesh& mesh, std::string_view file_name = {});
 
 }  // namespace invsetup

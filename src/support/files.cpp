@@ -1,6 +1,8 @@
 // src/support/files.cpp - path texts with either separator, directories, finding files that moved.
 #include "support/files.h"
 
+#include <ios>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -107,6 +109,33 @@ void require_regular_file(const std::filesystem::path& path, std::string_view wh
     if (!reason.empty())
         throw std::runtime_error("The " + std::string(what) + " " + path.string() + " " + reason +
                                  ", not a file that can be read.");
+}
+
+std::string read_fault_text(std::string_view what, std::string_view file, std::string_view field,
+                            const std::exception& fault) {
+    const std::string detail = trim(fault.what());
+    const bool ours = dynamic_cast<const std::runtime_error*>(&fault) && !dynamic_cast<const std::overflow_error*>(&fault) &&
+                      !dynamic_cast<const std::ios_base::failure*>(&fault) && detail.rfind("The ", 0) == 0;
+    if (ours) return detail;
+    std::string reason;
+    if (dynamic_cast<const std::overflow_error*>(&fault) || dynamic_cast<const std::underflow_error*>(&fault))
+        reason = "a number there is too large for a whole number";
+    else if (dynamic_cast<const std::bad_alloc*>(&fault) || dynamic_cast<const std::length_error*>(&fault))
+        reason = "there is not enough memory for what it describes";
+    else if (dynamic_cast<const std::out_of_range*>(&fault))
+        reason = "a count or a position there does not match the table it fills";
+    else if (dynamic_cast<const std::invalid_argument*>(&fault))
+        reason = "a value there is not a number";
+    else if (dynamic_cast<const std::ios_base::failure*>(&fault) || dynamic_cast<const std::system_error*>(&fault) ||
+             detail.find("basic_filebuf") != std::string::npos)
+        reason = "the system could not read it";
+    else
+        reason = "an unforeseen fault stopped the reading";
+    std::string text = "The " + std::string(what) + " " + std::string(file) + " could not be read";
+    if (!field.empty()) text += " at its " + std::string(field);
+    text += ": " + reason;
+    if (!detail.empty() && detail != "std::exception") text += " (" + detail + ")";
+    return text + ".";
 }
 
 bool directory_exists(const std::string& path) {

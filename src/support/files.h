@@ -1,5 +1,6 @@
 // src/support/files.h - the file helper: names, directories, finding files that moved.
 #pragma once
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -24,6 +25,12 @@ std::string not_a_regular_file(const std::filesystem::path& path);
 /// Throws std::runtime_error("The <what> <path> <reason>, not a file that can be read.") when
 /// not_a_regular_file has a reason.
 void require_regular_file(const std::filesystem::path& path, std::string_view what);
+/// The sentence for an unforeseen fault met while reading one part (`field`) of a file: "The mesh
+/// file a.msh could not be read at its cell widths: a number there is too large for a whole number
+/// (Overflow)." A library's own text (an index range, a stream error, "Overflow") stays in brackets
+/// behind words a person can act on. A fault that is already a sentence of ours ("The ...") is kept.
+std::string read_fault_text(std::string_view what, std::string_view file, std::string_view field,
+                            const std::exception& fault);
 /// Makes a directory with its parents; "\" and "/" both separate. Throws std::runtime_error
 /// naming the path on failure.
 void make_directory_path(const std::string& path);
