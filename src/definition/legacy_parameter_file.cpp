@@ -1,7 +1,9 @@
 // src/definition/legacy_parameter_file.cpp - writing and reading the older positional file.
 #include "definition/legacy_parameter_file.h"
 
+#include <cmath>
 #include <initializer_list>
+#include <limits>
 #include <stdexcept>
 
 #include "definition/parameter_file.h"
@@ -153,9 +155,11 @@ public:
     }
     const std::string& rest() const { return rest_; }
     std::string word() { return next_word(rest_); }
-    double number() { return parse_number_prefix(word()); }
-    float single() { return static_cast<float>(number()); }
-    int integer() { return to_integer(number()); }
+    /// A number its field can't hold (infinite, not a number, beyond a single real or a whole
+    /// number) throws, naming the line and the word: nothing infinite enters a definition.
+    double number() { return checked(std::numeric_limits<double>::max(), "a number"); }
+    float single() { return static_cast<float>(checked(std::numeric_limits<float>::max(), "a single real")); }
+    int integer() { return to_integer(checked(2147483647.0, "a whole number")); }
     std::string text() const { return trim(rest_); }
     /// The names of a line joined by "|" (blanks around the bar allowed).
     std::vector<std::string> names() {
@@ -166,6 +170,14 @@ public:
     }
 
 private:
+    double checked(double largest, const char* kind) {
+        const std::string text = word();
+        const double value = parse_number_prefix(text);
+        if (!(std::fabs(value) <= largest))
+            throw std::runtime_error("value line " + std::to_string(line_count_) + " (the version line not counted) holds " +
+                                     text + ", too large for " + kind);
+        return value;
+    }
     std::istream& file_;
     int& line_count_;
     std::string rest_;

@@ -72,7 +72,7 @@ void read_type_list(Values& values, std::array<int, 7>& types, int& count, int l
     while (!values.empty()) {
         std::string word = values.word();
         if (!is_numeric(word)) break;
-        int code = to_integer(parse_number_prefix(word));
+        int code = Values(word, key).integer();
         if (code < lowest_taken) break;
         if (count >= static_cast<int>(types.size()))
             throw std::out_of_range(std::string("more than seven values on the line \"") + key + "\"");
@@ -151,7 +151,7 @@ void read_key_line(ParameterRecord& r, int version, const std::string& key, Valu
         r.extra_value_column = v.integer();
         // Files from before the third value column end here; they keep what the record holds.
         std::string eleventh = v.word();
-        if (!eleventh.empty() && is_numeric(eleventh)) r.data_value_columns[2] = to_integer(parse_number_prefix(eleventh));
+        if (!eleventh.empty() && is_numeric(eleventh)) r.data_value_columns[2] = Values(eleventh, "Obs data definitions").integer();
         if (r.data_first_lines[0] < 1) r.data_first_lines[0] = 1;
         if (r.data_read_steps[0] < 1) r.data_read_steps[0] = 1;
     } else if (key == "Number of Obs data per cell") {
@@ -395,7 +395,7 @@ bool read_parameter_file_version(std::istream& file, int& version) {
         line = trim(line);
         if (line.empty()) continue;
         if (line.starts_with("Ver")) {
-            version = to_integer(parse_number_prefix(line.size() > 8 ? std::string_view(line).substr(8) : ""));
+            version = Values(line.size() > 8 ? line.substr(8) : "", "Version").integer();
         } else {
             // Files without a version line begin with their first value line: leave it to the reader.
             file.clear();

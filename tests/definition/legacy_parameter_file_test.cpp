@@ -134,6 +134,36 @@ TEST(LegacyParameterFile, KindTheFormatCantHoldIsRefusedOnce) {
     EXPECT_EQ(s.session.record.inversion_method, 4);  // nothing taken
 }
 
+TEST(LegacyParameterFile, NumbersTheirFieldCantHoldAreRefusedNamingTheLineAndTheNumber) {
+    const struct {
+        std::size_t line;
+        const char* text;
+        const char* reason;
+    } cases[] = {
+        {3, "1000.000000 1e309", "value line 3 (the version line not counted) holds 1e309, too large for a number"},
+        {5, "25.0 1e10", "value line 5 (the version line not counted) holds 1e10, too large for a whole number"},
+        {13, "0.0000 1e39 0.00 0 0.0000 1.0000",
+         "value line 13 (the version line not counted) holds 1e39, too large for a single real"},
+        {20, "65.00 -12.00 -1e39", "value line 20 (the version line not counted) holds -1e39, too large for a single real"},
+    };
+    const std::string original = testing::read_file_bytes(test_data("definition/legacy_v1.inp"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        std::vector<std::string> lines;
+        std::istringstream in(original);
+        for (std::string line; std::getline(in, line);) lines.push_back(line.substr(0, line.find('\r')));
+        lines.at(c.line) = c.text;
+        ReadSession s;
+        s.session.working_directory = test_data("definition");
+        try {
+            read_legacy(s, file_text(lines));
+            ADD_FAILURE() << "was read";
+        } catch (const std::runtime_error& fault) {
+            EXPECT_EQ(std::string(fault.what()), c.reason);
+        }
+    }
+}
+
 TEST(LegacyParameterFile, DataFileGivenUpOnEndsTheRead) {
     ReadSession s;
     InversionFields d = held_definition();

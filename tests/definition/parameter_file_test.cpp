@@ -288,6 +288,9 @@ TEST(ReadKeyLines, NumbersTheirFieldCantHoldAreRefusedNamingTheLineAndTheNumber)
         {"X Range: 0 1e309 10 10", "the line \"X Range\" holds 1e309, too large for a number"},
         {"Mag field: 1e39 0 50000", "the line \"Mag field\" holds 1e39, too large for a single real"},
         {"Inversion method: 4294967296", "the line \"Inversion method\" holds 4294967296, too large for a whole number"},
+        {"Obs data types  : 1 1e20 -1", "the line \"Obs data types\" holds 1e20, too large for a whole number"},
+        {"Obs data definitions: 2 1 1 5 1 2 3 4 0 0 1e20",
+         "the line \"Obs data definitions\" holds 1e20, too large for a whole number"},
     };
     for (const auto& c : cases) {
         std::istringstream file(std::string("Version 3.0\r\n") + c.line + "\r\n");
