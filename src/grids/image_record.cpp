@@ -97,6 +97,7 @@ void place_raster(ImageRecord& record) {
             record.sidecar_name = record.file_name;
     }
     record.georeference = read_sidecar_file(record.sidecar_name);
+    record.georeference_file = record.sidecar_name;
     Array1<int>& ints = record.grid_ints;
     Array1<double>& reals = record.grid_reals;
     ints[grid_int::kind] = grid_kind_raster;
@@ -179,6 +180,11 @@ int read_image_record(Session& session, ImageRecord& record, const std::string& 
             record.height = ints[grid_int::rows];
         }
         place_raster(record);
+        if (!record.georeference.refusal.empty()) {
+            session.dialogue.message_box("The picture " + file_name + " can't be placed on the map: its sidecar " +
+                                         record.georeference_file + " is refused (" + record.georeference.refusal + ").");
+            return record.status = -1;
+        }
         return record.status = 0;
     }
     default: {

@@ -23,6 +23,8 @@ struct ImageRecord {
 
     /// Rasters: the sidecar used ("" when none, the picture itself for a TIFF placed by its tags).
     std::string sidecar_name;
+    /// The file the georeference was read from, kept when it could not place the picture.
+    std::string georeference_file;
     SidecarGeoreference georeference;
     int width = 0, height = 0;
     /// Rasters read with their pixels: 0xAARRGGBB, top row first, width * height.

@@ -9,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -44,12 +45,48 @@ bool read_number(std::string_view text, double& value) {
     if (text.empty()) return false;
     const char* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, value);
+    // A number too large for a double real reads as infinite, for the check of the whole sidecar to name.
+    // (beyond the range, strtod gives the infinity of its sign, or 0 for a number too small).
+    if (result.ec == std::errc::result_out_of_range && result.ptr == end) {
+        value = std::strtod(std::string(text).c_str(), nullptr);
+        return true;
+    }
     return result.ec == std::errc() && result.ptr == end;
+}
+
+std::string number_text(double value) {
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return value < 0 ? "-inf or beyond a double real" : "inf or beyond a double real";
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
+/// A georeference with a number that isn't finite places nothing: it is refused with the field named.
+void refuse_infinite(SidecarGeoreference& result) {
+    if (result.status < 0) return;
+    const struct {
+        const char* name;
+        double value;
+    } fields[] = {{"x origin", result.x_origin},         {"y origin", result.y_origin},
+                  {"x pixel size", result.x_pixel_size}, {"y pixel size", result.y_pixel_size},
+                  {"x minimum", result.x_min},           {"x maximum", result.x_max},
+                  {"y minimum", result.y_min},           {"y maximum", result.y_max},
+                  {"x reference pixel", result.x_reference_pixel}, {"y reference pixel", result.y_reference_pixel},
+                  {"pixel column of x minimum", result.x_min_pixel}, {"pixel column of x maximum", result.x_max_pixel},
+                  {"pixel row of y minimum", result.y_min_pixel},    {"pixel row of y maximum", result.y_max_pixel}};
+    for (const auto& field : fields)
+        if (!std::isfinite(field.value)) {
+            result.status = -1;
+            result.refusal = std::string("it gives the ") + field.name + " as " + number_text(field.value) +
+                             ", not a finite number";
+            return;
+        }
 }
 
 // Sidecars come from every kind of system: lines may end in CR, LF or CR LF.
 std::vector<std::string> read_lines(const std::string& name) {
-    if (!not_a_regular_file(name).empty()) return {};  // a pipe or a device is no sidecar
+    if (!not_a_regular_file(name).empty()) return {};  // a pipe or a device is no sidecar (find_sidecar_file skips them)
     std::ifstream in(name, std::ios::binary);
     std::ostringstream content;
     content << in.rdbuf();
@@ -371,6 +408,7 @@ SidecarGeoreference read_sidecar_file(const std::string& sidecar_name) {
         else
             read_world_file(lines, result);
     }
+    refuse_infinite(result);
     return result;
 }
 

@@ -28,6 +28,9 @@ struct SidecarGeoreference {
     /// ENVI: the reference pixel, 1-based; (1, 1) is the top-left corner of the picture.
     double x_reference_pixel = 1, y_reference_pixel = 1;
     int status = -1;  // 0 once a georeference was read
+    /// Why a sidecar that was read can't be used, when it says where the picture lies with a number
+    /// that isn't finite ("it gives the x pixel size as inf, not a finite number"); status is then -1.
+    std::string refusal;
 };
 
 /// The sidecar of an image: the first that exists of the image name with "w" added, the same name
@@ -36,7 +39,8 @@ struct SidecarGeoreference {
 std::string find_sidecar_file(const std::string& image_name);
 
 /// Reads the sidecar `sidecar_name`; a ".tif" or ".tiff" name reads the TIFF's own tags. A file
-/// that doesn't exist or can't be understood leaves status -1, silently.
+/// that doesn't exist or can't be understood leaves status -1, silently; one that gives a position
+/// or a size as infinite or not a number ("inf", "nan", "1e309") leaves status -1 and its refusal.
 SidecarGeoreference read_sidecar_file(const std::string& sidecar_name);
 
 /// The placement of a picture of width by height pixels by its georeference: the coordinates of the

@@ -169,8 +169,6 @@ TEST_F(ReadImageRecord, AGeoTiffKeepsItsOwnPlacementOverAnyPicturesSidecarButNot
         {"", "", raster_geotiff, 1005},
         {"picture.tab", tab, raster_geotiff, 1005},
         {"picture.tfw", "1\n0\n0\n-1\n500.5\n700.5\n", raster_sidecar, 500.5},
-        // A pixel size too large for a number places nothing: the TIFF's own tags are not asked.
-        {"picture.tfw", "inf\n0\n0\n-1\n500.5\n700.5\n", raster_unplaced, 1},
     };
     for (const auto& c : cases) {
         for (const char* name : {"picture.tab", "picture.tfw"}) std::filesystem::remove(dir.path() / name);
@@ -180,6 +178,20 @@ TEST_F(ReadImageRecord, AGeoTiffKeepsItsOwnPlacementOverAnyPicturesSidecarButNot
         EXPECT_EQ(placed.grid_ints[grid_int::sub_kind], c.sub_kind) << c.sidecar;
         EXPECT_DOUBLE_EQ(placed.grid_reals[grid_real::x_min], c.x_min) << c.sidecar;
     }
+}
+
+TEST_F(ReadImageRecord, AWorldFileWithAPixelSizeThatIsntFiniteIsRefused) {
+    // Its own tags are not asked either: the world file of the TIFF's kind stands above them.
+    const auto picture = dir.path() / "picture.tif";
+    write_gdal_grid(picture, "GTiff", 2, 2, 1000, 2020, 10, 10, {10, 20, 30, 40}, std::nullopt, GDT_Byte);
+    write_file_bytes(dir.path() / "picture.tfw", "inf\n0\n0\n-1\n500.5\n700.5\n");
+    ImageRecord placed;
+    EXPECT_EQ(read_image_record(session, placed, picture.string(), 1, false), -1);
+    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"The picture " + picture.string() +
+                                                          " can't be placed on the map: its sidecar " +
+                                                          (dir.path() / "picture.tfw").string() +
+                                                          " is refused (it gives the x pixel size as inf or beyond a "
+                                                          "double real, not a finite number)."});
 }
 
 TEST_F(ReadImageRecord, KindsByExtension) {

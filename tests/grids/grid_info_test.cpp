@@ -53,6 +53,16 @@ TEST(GridInfoCommand, PrintsWhereAPictureLies) {
     EXPECT_NE(result.out.find("Georeference: world file"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("X minimum: 500005\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("Y maximum: 7000095\n"), std::string::npos) << result.out;
+
+    // A pixel size that isn't finite would place the picture at "X maximum: Inf": it is refused.
+    write_file_bytes(dir.path() / "dot.bpw", "inf\n0\n0\n-10\n500005\n7000095\n");
+    const testing::CliRun refused = run_grid_info(dir, dir.path() / "dot.bmp");
+    EXPECT_EQ(refused.exit_code, 1);
+    EXPECT_NE(refused.err.find("can't be placed on the map: its sidecar " + (dir.path() / "dot.bpw").string() +
+                               " is refused (it gives the x pixel size as inf"),
+              std::string::npos)
+        << refused.err;
+    EXPECT_EQ(refused.out.find("Inf"), std::string::npos) << refused.out;
 }
 
 TEST(GridInfoCommand, UnreadableFileFailsWithTheMessage) {

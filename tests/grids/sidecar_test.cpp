@@ -112,6 +112,30 @@ TEST_F(ReadSidecar, ShortWorldFileOrMissingFileGivesNothing) {
     EXPECT_EQ(read_sidecar_file((dir.path() / "absent.jgw").string()).status, -1);
 }
 
+TEST_F(ReadSidecar, NumbersThatArentFiniteAreRefusedNamingTheField) {
+    const struct {
+        const char* name;
+        const char* bytes;
+        const char* refusal;
+    } cases[] = {
+        {"a.tfw", "inf\n0\n0\n-2.5\n500001.25\n7000098.75\n",
+         "it gives the x pixel size as inf or beyond a double real, not a finite number"},
+        {"b.jgw", "2.5\n0\n0\nnan\n500001.25\n7000098.75\n", "it gives the y pixel size as nan, not a finite number"},
+        {"c.pgw", "2.5\n0\n0\n-2.5\n-1e309\n7000098.75\n",
+         "it gives the x origin as -inf or beyond a double real, not a finite number"},
+        {"d.grf", "500000\n7000000\n10\n0\n1e400\n", "it gives the y pixel size as -inf or beyond a double real, not a finite number"},
+        {"e.hdr", "ENVI\nmap info = {UTM, 1, 1, 5, nan, 30, 30}\n", "it gives the y origin as nan, not a finite number"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const SidecarGeoreference result = read(c.name, c.bytes);
+        EXPECT_EQ(result.status, -1);
+        EXPECT_EQ(result.refusal, c.refusal);
+    }
+    // A number too small for a double real is 0, as the digits say.
+    EXPECT_EQ(read("tiny.tfw", "2.5\n1e-400\n0\n-2.5\n500001.25\n7000098.75\n").status, 0);
+}
+
 constexpr const char* tab_head = "!table\n!version 300\n!charset WindowsLatin1\n\nDefinition Table\n"
                                  "  File \"map.jpg\"\n  Type \"RASTER\"\n";
 
