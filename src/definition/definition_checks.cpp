@@ -13,6 +13,7 @@
 #include "mesh/mesh_definition.h"
 #include "session.h"
 #include "support/files.h"
+#include "support/memory.h"
 #include "support/numbers.h"
 #include "support/point_transform.h"
 #include "support/text.h"
@@ -112,10 +113,19 @@ public:
         return check_mesh_limits() && check_regional_and_errors() && check_data_files() && check_data_types() &&
                check_field() && check_method_parameters() && check_errors_again() && check_alphas() &&
                check_model_files() && check_bounds_and_rock_properties() && check_iterations() &&
-               check_refinement() && determine_inversion_mesh(session_) >= 0 && check_refined_mesh_bottom();
+               check_refinement() && determine_inversion_mesh(session_) >= 0 && check_refined_mesh_bottom() &&
+               tell_of_a_large_mesh();
     }
 
 private:
+    /// A mesh that fits but is huge is most often a mistyped cell size: said once, it fails nothing.
+    bool tell_of_a_large_mesh() {
+        const InversionMesh& mesh = session_.mesh;
+        const std::string warning = large_mesh_warning("mesh", static_cast<double>(mesh.nx) * mesh.ny * mesh.nz);
+        if (!warning.empty()) session_.dialogue.message_box(warning);
+        return true;
+    }
+
     bool check_mesh_limits() {
         static constexpr const char* axes[] = {"x", "y", "z"};
         for (std::size_t i = 0; i < 3; ++i) {

@@ -836,6 +836,10 @@ int read_mesh_file(Session& session, const std::string& file_name, int model_kin
         if (!in) throw std::runtime_error("The mesh file " + file_name + " could not be opened.");
         const int status = read_mesh_stream(session, in, mesh, model_kind, place);
         if (status != 0) mesh.loaded = false;
+        if (status == 0) {
+            const std::string warning = large_mesh_warning("mesh file " + file_name, static_cast<double>(mesh.nx) * mesh.ny * mesh.nz);
+            if (!warning.empty()) session.dialogue.message_box(warning);
+        }
         return status;
     } catch (const std::exception& fault) {
         mesh.loaded = false;

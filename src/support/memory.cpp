@@ -59,6 +59,14 @@ std::string mesh_memory_refusal(std::string_view what, double cells, double avai
     return "";
 }
 
+std::string large_mesh_warning(std::string_view what, double cells) {
+    if (!(cells > large_mesh_cells)) return "";
+    const double one_model = cells * sizeof(float);
+    return "Warning: the " + std::string(what) + " has " + count_text(cells) + " cells, " + bytes_text(one_model) +
+           " for one model and " + bytes_text(4 * one_model) +
+           " for the four a run holds at once; check the cell sizes and the padding.";
+}
+
 void require_mesh_memory(std::string_view what, double cells) {
     const std::string refusal = mesh_memory_refusal(what, cells, available_memory_bytes());
     if (!refusal.empty()) throw std::runtime_error(refusal);

@@ -37,3 +37,10 @@ TEST(MeshMemory, AMeshIsRefusedWhenSeveralModelsOfItDontFit) {
     EXPECT_THROW(require_mesh_memory("mesh", 1e12), std::runtime_error);
     EXPECT_NO_THROW(require_mesh_memory("mesh", 1000));
 }
+
+TEST(MeshMemory, AMeshThatFitsButIsHugeIsToldOf) {
+    EXPECT_EQ(large_mesh_warning("mesh", 50e6), "");
+    EXPECT_EQ(large_mesh_warning("mesh", 400.0 * 400 * 400),
+              "Warning: the mesh has 64,000,000 cells, 256 MB for one model and 1.0 GB for the four a run holds at "
+              "once; check the cell sizes and the padding.");
+}
