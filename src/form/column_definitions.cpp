@@ -235,7 +235,10 @@ void load_location_column_names(Session& session, int slot) {
         definition.column_name_count.at(s) = 0;
         if (name_line <= 0) return;
 
-        std::ifstream in(data_file_path(session, definition.data_file_names.at(s)), std::ios::binary);
+        // A pipe or a device would be read forever; the data reader tells what it is.
+        const auto path = data_file_path(session, definition.data_file_names.at(s));
+        if (!not_a_regular_file(path).empty()) return;
+        std::ifstream in(path, std::ios::binary);
         if (!in) return;
         const int mode = detect_line_mode(in);
         std::string line;

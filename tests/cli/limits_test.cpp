@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "test_support.h"
@@ -65,6 +66,40 @@ TEST_F(LimitsCommand, NeedsOneSourceAndAReadableDefinition) {
     EXPECT_EQ(limits("--observed --topo"), 2);
     EXPECT_EQ(limits("--topo", "absent.inp"), 1);
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
+}
+
+TEST_F(LimitsCommand, DataThatCantBeReadIsNamedOnTheErrorStreamWithoutWaiting) {
+    // A pipe or a device would be read forever; an empty file or one without numbers holds no reading.
+    write_file_bytes(dir.path() / "empty.csv", "");
+    write_file_bytes(dir.path() / "names.csv", "x,y,z,tmi\r\n");
+    std::filesystem::create_directory(dir.path() / "folder.csv");
+    ASSERT_EQ(mkfifo((dir.path() / "pipe.csv").c_str(), 0600), 0);
+    const std::string definition = read_file_bytes(dir.path() / "inversion.inp");
+    const struct {
+        std::string file;
+        const char* reason;
+    } cases[] = {
+        {"empty.csv", "holds no reading with numbers in the columns given: the limits were not changed."},
+        {"names.csv", "holds no reading with numbers in the columns given: the limits were not changed."},
+        {"folder.csv", "is a folder, not a file that can be read."},
+        {"pipe.csv", "is a pipe, not a file that can be read."},
+        {"/dev/zero", "is a device, not a file that can be read."},
+    };
+    for (const auto& c : cases) {
+        for (const char* option : {"--observed", "--topo"}) {
+            SCOPED_TRACE(c.file + " " + option);
+            std::string text = definition;
+            const std::string key = std::string(option) == "--observed" ? "Obs data file  : " : "Topo data file : ";
+            const std::size_t at = text.find(key) + key.size();
+            text.replace(at, text.find("\r\n", at) - at, c.file);
+            write_file_bytes(dir.path() / "damaged.inp", text);
+            const invsetup::testing::CliRun run = invsetup::testing::run_cli(
+                "limits " + quoted(dir.path() / "damaged.inp") + " " + option + " -o " + quoted(dir.path() / "new.inp"));
+            EXPECT_EQ(run.exit_code, 1);
+            EXPECT_NE(run.err.find(c.reason), std::string::npos) << run.err;
+            EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.inp"));
+        }
+    }
 }
 
 }  // namespace
