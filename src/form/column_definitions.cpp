@@ -85,6 +85,7 @@ bool is_existing_file(const std::filesystem::path& path) {
 
 /// The head of a text file, lines joined by CR LF.
 std::string preview_text(const std::filesystem::path& path) {
+    if (const std::string reason = not_a_regular_file(path); !reason.empty()) return "This file " + reason + ".";
     std::ifstream in(path, std::ios::binary);
     std::string text, line;
     for (int n = 0; n < preview_lines && read_clean_line(in, line); ++n) {

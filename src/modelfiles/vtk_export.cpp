@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -12,6 +13,7 @@
 
 #include "modelfiles/mesh_file_read.h"
 #include "session.h"
+#include "support/files.h"
 #include "support/lines.h"
 #include "support/text.h"
 
@@ -70,8 +72,9 @@ private:
 };
 
 std::string read_whole(const fs::path& file) {
+    require_regular_file(file, "run file");
     std::ifstream in(file, std::ios::binary);
-    if (!in) throw std::runtime_error("cannot open " + file.string());
+    if (!in) throw std::runtime_error("The run file " + file.string() + " could not be opened.");
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
     std::string text(error ? 0 : static_cast<std::size_t>(size), '\0');
@@ -93,6 +96,7 @@ bool line_numbers(std::string_view line, std::vector<double>& numbers, std::size
         const auto [next, error] = std::from_chars(at, end, value);
         if (error != std::errc() || (next < end && *next != ' ' && *next != '\t' && *next != ',' && *next != '\r'))
             return false;
+        if (!std::isfinite(value)) return false;  // "inf" and "nan" are no coordinates for ParaView
         numbers.push_back(value);
         at = next;
     }
@@ -218,6 +222,7 @@ std::vector<TileOutline> read_tiles(const fs::path& run_directory) {
     if (fs::exists(run_directory / "iter_all.bat")) calls = read_whole(run_directory / "iter_all.bat");
     std::vector<double> numbers;
     for (const fs::path& file : files) {
+        require_regular_file(file, "tile batch file");
         std::ifstream in(file, std::ios::binary);
         std::string line;
         read_line(in, line);
@@ -433,9 +438,10 @@ std::vector<float> read_plain_model(const fs::path& file) {
         if (c == '+') ++at;
         float value = 0;
         const auto [next, error] = std::from_chars(at, end, value);
-        if (error == std::errc::result_out_of_range) {
+        if (error == std::errc::result_out_of_range || (error == std::errc() && !std::isfinite(value))) {
             // Beyond a single real: the null of the files (-1e32) fits, so only a typing slip lands here.
-            throw std::runtime_error(file.string() + " line " + std::to_string(line) + ": the value is out of range");
+            throw std::runtime_error(file.string() + " line " + std::to_string(line) +
+                                     ": the value is not a finite number a single real holds");
         }
         if (error != std::errc() || (next < end && *next != ' ' && *next != '\t' && *next != '\r' && *next != '\n' &&
                                      *next != ',')) {

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/files.h"
 #include "support/lines.h"
 
 namespace invsetup {
@@ -41,7 +42,7 @@ std::vector<double> numbers_of(const std::string& line) {
         try {
             std::size_t used = 0;
             numbers.push_back(std::stod(word, &used));
-            if (used != word.size()) throw std::invalid_argument(word);
+            if (used != word.size() || !std::isfinite(numbers.back())) throw std::invalid_argument(word);
         } catch (const std::exception&) {
             throw std::runtime_error("\"" + word + "\" is not a number");
         }
@@ -52,6 +53,7 @@ std::vector<double> numbers_of(const std::string& line) {
 }  // namespace
 
 IgrfModel IgrfModel::read(const std::filesystem::path& path) {
+    require_regular_file(path, "IGRF coefficient file");
     std::ifstream in(path, std::ios::binary);
     if (!in) throw std::runtime_error("The IGRF coefficient file " + path.string() + " can't be opened");
     IgrfModel model;
@@ -83,8 +85,9 @@ IgrfModel IgrfModel::read(const std::filesystem::path& path) {
             if (numbers.size() != model.epochs_.size() + 3)
                 throw std::runtime_error("expected " + std::to_string(model.epochs_.size() + 3) + " numbers, found " +
                                          std::to_string(numbers.size()));
+            if (!(numbers[0] >= 1 && numbers[0] <= 30 && numbers[1] >= 0 && numbers[1] <= numbers[0]))
+                throw std::runtime_error("degree or order out of range");
             const int n = static_cast<int>(numbers[0]), m = static_cast<int>(numbers[1]);
-            if (n < 1 || m < 0 || m > n || n > 30) throw std::runtime_error("degree or order out of range");
             model.max_degree_ = std::max(model.max_degree_, n);
             const std::size_t k = packed(n, m);
             auto& table = kind == "g" ? model.g_ : model.h_;

@@ -74,12 +74,23 @@ TEST_F(VtkExport, WrongFilesAreNamedInTheMessage) {
         {"mag.obs", "70 -10 50000\r\n 1\r\n 1 2 x 4 5\r\n", "mag.obs line 3 is not a reading (x y z value error)"},
         {"topo.dat", "12\r\n1000 2000 eighty\r\n", "topo.dat line 2 is not numbers"},
         {"tile0101.bat", "cd tile0101\r\n", "tile0101.bat does not start with its coordinate boundaries"},
+        // Values that aren't finite would reach ParaView as Inf and NaN.
+        {"model.sus", " 1.0\r\n nan\r\n", "model.sus line 2: the value is not a finite number a single real holds"},
+        {"model.sus", " 1.0\r\n 1e39\r\n", "model.sus line 2: the value is not a finite number a single real holds"},
+        {"mag.obs", "70 -10 50000\r\n 1\r\n 1 2 inf 4 5\r\n", "mag.obs line 3 is not a reading (x y z value error)"},
+        // A folder where a file belongs is named, not read.
+        {"topo.dat", nullptr, "The run file " },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
         fs::remove_all(run);
         fs::copy(test_data("vtk/run"), run, fs::copy_options::recursive);
-        write_file_bytes(run / c.file, c.text);
+        if (c.text) {
+            write_file_bytes(run / c.file, c.text);
+        } else {
+            fs::remove(run / c.file);
+            fs::create_directory(run / c.file);
+        }
         VtkExportSummary summary;
         EXPECT_EQ(export_run_to_vtk(session, run, dir.path() / "out", summary), -1);
         EXPECT_NE(dialogue.messages.back().find(c.message), std::string::npos) << dialogue.messages.back();

@@ -5,6 +5,9 @@
 
 #include <sys/stat.h>
 
+#include <exception>
+#include <ios>
+#include <new>
 #include <stdexcept>
 
 #include "support/dialogue.h"
@@ -120,6 +123,33 @@ TEST_F(LocateFile, CancelThenYesGivesUpAndNoGoesOn) {
     dialogue.answer_yes = false;
     EXPECT_EQ(locate_file(dialogue, memory, root(), "", name, ""), 1);
     EXPECT_EQ(name, "D:\\old\\model");
+}
+
+TEST(ReadFaults, LibraryTextsAreWrappedInASentenceNamingTheFileAndThePart) {
+    const std::string head = "The mesh file a.msh could not be read at its trailer: ";
+    const struct {
+        std::exception_ptr fault;
+        std::string text;
+    } cases[] = {
+        {std::make_exception_ptr(std::overflow_error("Overflow")),
+         head + "a number there is too large for a whole number (Overflow)."},
+        {std::make_exception_ptr(std::out_of_range("index (12, 1) outside (1..11, 1..11)")),
+         head + "a count or a position there does not match the table it fills (index (12, 1) outside (1..11, 1..11))."},
+        {std::make_exception_ptr(std::ios_base::failure("basic_filebuf::underflow error reading the file: Is a directory")),
+         head + "the system could not read it (basic_filebuf::underflow error reading the file: Is a directory: "},
+        {std::make_exception_ptr(std::bad_alloc()), head + "there is not enough memory for what it describes ("},
+        {std::make_exception_ptr(std::runtime_error("")), head + "an unforeseen fault stopped the reading."},
+        // A sentence of ours is kept as it is.
+        {std::make_exception_ptr(std::runtime_error("The mesh file a.msh is a folder, not a file that can be read.")),
+         "The mesh file a.msh is a folder, not a file that can be read."},
+    };
+    for (const auto& c : cases) {
+        try {
+            std::rethrow_exception(c.fault);
+        } catch (const std::exception& fault) {
+            EXPECT_EQ(read_fault_text("mesh file", "a.msh", "trailer", fault).substr(0, c.text.size()), c.text);
+        }
+    }
 }
 
 TEST(RegularFiles, OnlyARegularFileOrANameNotThereIsReadable) {

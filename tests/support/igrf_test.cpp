@@ -90,6 +90,8 @@ TEST(Igrf, CoefficientFileFaultsNameTheFileAndLine) {
         {"g/h n m 2020.0 2020-25\r\nq 1 0 1 2\r\n", "line 2: a row must begin with g or h"},
         {"g/h n m 2020.0 2020-25\r\ng 1 0 abc 2\r\n", "\"abc\" is not a number"},
         {"# nothing\r\n", "holds no coefficients"},
+        {"g/h n m 2020.0 2020-25\r\ng 1 0 inf 2\r\n", "\"inf\" is not a number"},
+        {"g/h n m 2020.0 2020-25\r\ng 1e20 0 1 2\r\n", "line 2: degree or order out of range"},
     };
     for (const Case& c : cases) {
         const auto path = dir.path() / "coeffs.txt";
@@ -104,6 +106,15 @@ TEST(Igrf, CoefficientFileFaultsNameTheFileAndLine) {
         }
     }
     EXPECT_THROW(IgrfModel::read(dir.path() / "missing.txt"), std::runtime_error);
+    // A folder or a device is named, not read (a device would be read forever).
+    for (const std::filesystem::path& path : {dir.path(), std::filesystem::path("/dev/zero")}) {
+        try {
+            IgrfModel::read(path);
+            ADD_FAILURE() << "accepted: " << path;
+        } catch (const std::runtime_error& fault) {
+            EXPECT_NE(std::string(fault.what()).find("not a file that can be read"), std::string::npos) << fault.what();
+        }
+    }
 }
 
 }  // namespace
