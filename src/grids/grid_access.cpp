@@ -80,8 +80,9 @@ void read_grid_header(Session& session, const std::string& name, GridWindow& win
     if (placed_tiff) open_options.push_back("GEOREF_SOURCES=INTERNAL");
     GRDRDGD(name, window, read_x_min, read_x_max, 0.0, read_y_min, read_y_max, 0.0, status, open_options);
     if (status < 0 || !is_valid_grid_header(window.header.grid_ints, window.header.grid_reals)) {
+        const std::string failure = window.failure;
         window = GridWindow{};
-        session.dialogue.message_box("The specified grid is invalid");
+        session.dialogue.message_box("The specified grid is invalid" + (failure.empty() ? "" : ": " + failure));
         status = -1;
         return;
     }

@@ -15,6 +15,7 @@
 #include <regex>
 
 #include "support/files.h"
+#include "support/memory.h"
 #include "support/numbers.h"
 
 namespace invsetup {
@@ -29,13 +30,25 @@ void register_gdal_drivers() {
     std::call_once(once, [] { GDAL_CALL(GDALAllRegister)(); });
 }
 
-// GDAL reports through a process-wide handler; grid faults are ours to report, so it stays quiet.
+// GDAL reports through a process-wide handler; grid faults are ours to report, so nothing reaches
+// the screen. Its failures are kept: when a read then fails they say why.
 class QuietGdalErrors {
 public:
-    QuietGdalErrors() { GDAL_CALL(CPLPushErrorHandler)(GDAL_CALL(CPLQuietErrorHandler)); }
+    QuietGdalErrors() { GDAL_CALL(CPLPushErrorHandlerEx)(&QuietGdalErrors::keep, this); }
     ~QuietGdalErrors() { GDAL_CALL(CPLPopErrorHandler)(); }
     QuietGdalErrors(const QuietGdalErrors&) = delete;
     QuietGdalErrors& operator=(const QuietGdalErrors&) = delete;
+    /// GDAL's failures while this stood, "; " between them; "" when there were none.
+    const std::string& failures() const { return failures_; }
+
+private:
+    static void CPL_STDCALL keep(CPLErr kind, CPLErrorNum, const char* text) {
+        auto* self = static_cast<QuietGdalErrors*>(GDAL_CALL(CPLGetErrorHandlerUserData)());
+        if (!self || kind < CE_Failure || !text || self->failures_.size() > 600) return;
+        if (!self->failures_.empty()) self->failures_ += "; ";
+        self->failures_ += text;
+    }
+    std::string failures_;
 };
 
 std::string upper_extension(const std::string& name) {
@@ -69,6 +82,7 @@ public:
     int kind = grid_kind_gdal;
     std::string description;
     std::string driver_name;  // GDAL's short name; "HGT" for a height file
+    std::string failure;      // what GDAL said when opening or reading failed
 
     /// Fills grid_ints and grid_reals for the columns c0..c1 and south-based rows r0..r1 (0-based).
     void fill_header(GridHeader& header, int c0, int c1, int r0, int r1) const {
@@ -124,7 +138,10 @@ private:
         for (const std::string& option : open_options) options.push_back(option.c_str());
         options.push_back(nullptr);
         GDALDatasetH handle = GDAL_CALL(GDALOpenEx)(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, options.data(), nullptr);
-        if (handle == nullptr) return false;
+        if (handle == nullptr) {
+            failure = quiet.failures();
+            return false;
+        }
         dataset_.reset(handle);
         bands = GDAL_CALL(GDALGetRasterCount)(handle);
         columns = GDAL_CALL(GDALGetRasterXSize)(handle);
@@ -153,8 +170,10 @@ private:
     bool read_gdal_rows(int column, int count, int first_row, int row_count, float* out) {
         QuietGdalErrors quiet;
         GDALRasterBandH band = GDAL_CALL(GDALGetRasterBand)(static_cast<GDALDatasetH>(dataset_.get()), 1);
-        return GDAL_CALL(GDALRasterIO)(band, GF_Read, column, first_row, count, row_count, out, count, row_count,
-                            GDT_Float32, 0, 0) == CE_None;
+        const bool read = GDAL_CALL(GDALRasterIO)(band, GF_Read, column, first_row, count, row_count, out, count,
+                                                  row_count, GDT_Float32, 0, 0) == CE_None;
+        if (!read) failure = quiet.failures();
+        return read;
     }
 
     // A height file is a square of big-endian 16-bit integers, north row first, named by its
@@ -296,6 +315,26 @@ std::string grid_format_name(const std::string& name) {
     return GDAL_CALL(GDALGetDriverShortName)(driver);
 }
 
+std::string grid_size_refusal(const std::string& name, const std::string& driver_name, int file_columns, int file_rows,
+                              int columns, int rows) {
+    const double file_values = static_cast<double>(file_columns) * file_rows;
+    // A text grid writes each value out: a digit and a separator at least.
+    static const char* const text_formats[] = {"AAIGrid", "GSAG", "XYZ", "GRASSASCIIGrid", "ISG"};
+    const bool text = std::find(std::begin(text_formats), std::end(text_formats), driver_name) != std::end(text_formats);
+    std::error_code error;
+    const double bytes = static_cast<double>(std::filesystem::file_size(name, error));
+    if (text && !error && file_values > std::floor((bytes + 1) / 2))
+        return "the grid file " + name + " claims " + count_text(file_columns) + " x " + count_text(file_rows) +
+               " values, but its " + count_text(bytes) + " bytes can hold at most " +
+               count_text(std::floor((bytes + 1) / 2)) + ": its header is wrong, or the file is damaged";
+    const double needed = static_cast<double>(columns) * rows * sizeof(float);
+    const double available = available_memory_bytes();
+    if (available > 0 && needed > available / 2)
+        return "the part of the grid file " + name + " to read has " + count_text(columns) + " x " + count_text(rows) +
+               " values, " + bytes_text(needed) + "; " + bytes_text(available) + " is available";
+    return "";
+}
+
 void GRDRDH(const std::string& name, Array1<int>& grid_ints, Array1<double>& grid_reals, std::string& grid_text,
             int& status) {
     status = -1;
@@ -318,16 +357,22 @@ void GRDRDGD(const std::string& input_name, GridWindow& output, double x_min, do
     output.header = GridHeader{};
     output.values.clear();
     GridSource source;
-    if (!source.open(input_name, open_options)) return;
+    if (!source.open(input_name, open_options)) {
+        output.failure = source.failure;
+        return;
+    }
     int c0 = 0, c1 = 0, r0 = 0, r1 = 0;
     if (!covering_nodes(x_min, x_max, source.x_first, source.x_spacing, source.columns, c0, c1)) return;
     if (!covering_nodes(y_min, y_max, source.south_y(), source.y_spacing, source.rows, r0, r1)) return;
     const int columns = c1 - c0 + 1;
     const int rows = r1 - r0 + 1;
+    output.failure = grid_size_refusal(input_name, source.driver_name, source.columns, source.rows, columns, rows);
+    if (!output.failure.empty()) return;
     output.values.resize(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
     const int first_file_row = std::min(source.file_row(r0), source.file_row(r1));
     if (!source.read_rows(c0, columns, first_file_row, rows, output.values.data())) {
         output.values.clear();
+        output.failure = source.failure;
         return;
     }
     if (source.north_up) {  // the window keeps its rows from the south

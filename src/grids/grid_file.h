@@ -75,6 +75,9 @@ struct GridWindow {
     std::string name;  // "~WD..." while it stands for a temporary grid, "" when empty
     GridHeader header;
     std::vector<float> values;
+    /// Why the last read gave no values, when something can say: the grid's size against its file
+    /// and the memory, or GDAL's own words. "" otherwise.
+    std::string failure;
 
     bool empty() const { return values.empty(); }
     /// Node (column, row), both 1-based, row 1 south.
@@ -102,6 +105,12 @@ void GRDRDH(const std::string& name, Array1<int>& grid_ints, Array1<double>& gri
 /// neighbouring nodes; it is cut at the grid's edge. Limits that miss the grid give status -1.
 /// x_step and y_step are the caller's and are not used: the part keeps the grid's own spacing.
 /// `open_options` are GDAL open options ("GEOREF_SOURCES=INTERNAL" reads a TIFF by its own tags).
+/// "" when a part of `columns` by `rows` values of a grid of `file_columns` by `file_rows` can be
+/// read; otherwise why not, as a clause ("the grid file a.asc claims 100,000 x 100,000 values, but
+/// its 78 bytes can hold at most 39: ..."): a text grid can't hold more values than half its bytes,
+/// and the part must fit in half the memory available.
+std::string grid_size_refusal(const std::string& name, const std::string& driver_name, int file_columns, int file_rows,
+                              int columns, int rows);
 void GRDRDGD(const std::string& input_name, GridWindow& output, double x_min, double x_max, double x_step,
              double y_min, double y_max, double y_step, int& status,
              const std::vector<std::string>& open_options = {});

@@ -84,6 +84,36 @@ TEST_F(ReadGridHeader, FlatOrMissingGridIsInvalid) {
               (std::vector<std::string>{"The specified grid is invalid", "The specified grid is invalid"}));
 }
 
+TEST_F(ReadGridHeader, DamagedGridsSayWhyTheyAreInvalid) {
+    // "%F" stands for the file's path. A header can claim more values than its file holds (and
+    // nothing is taken for them); GDAL's own words are shown when they explain the failure.
+    const char* const head = "ncols 3\nnrows 3\nxllcorner 0\nyllcorner 0\ncellsize 10\nNODATA_value -9999\n";
+    const struct {
+        std::string name;
+        std::string text;
+        std::string message;
+    } cases[] = {
+        {"huge.asc", "ncols 100000\nnrows 100000\nxllcorner 0\nyllcorner 0\ncellsize 10\n1 2 3\n",
+         "The specified grid is invalid: the grid file %F claims 100,000 x 100,000 values, but its 68 bytes can hold "
+         "at most 34: its header is wrong, or the file is damaged"},
+        {"huge.grd", "DSAA\n100000 100000\n0 10\n0 10\n0 1\n1 2 3\n",
+         "The specified grid is invalid: the grid file %F claims 100,000 x 100,000 values, but its 39 bytes"},
+        {"short.asc", std::string(head) + "1 2 3\n4 5\n", "The specified grid is invalid: %F, band 1: File short"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        dialogue.messages.clear();
+        write_file_bytes(dir.path() / c.name, c.text);
+        std::string message = c.message;
+        message.replace(message.find("%F"), 2, (dir.path() / c.name).string());
+        double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
+        EXPECT_EQ(read(dir.path() / c.name, x_min, x_max, y_min, y_max), -1);
+        ASSERT_EQ(dialogue.messages.size(), 1u);
+        EXPECT_EQ(dialogue.messages[0].substr(0, message.size()), message);
+        EXPECT_TRUE(window.empty());
+    }
+}
+
 TEST_F(ReadGridHeader, LimitsOffTheGridAreInvalid) {
     const auto path = dir.path() / "ramp.tif";
     write_gdal_grid(path, "GTiff", 10, 8, 1000, 2000, 10, 10, ramp_values(10, 8));
