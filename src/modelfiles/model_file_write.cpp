@@ -204,9 +204,24 @@ void write_binary_model(const std::filesystem::path& file, const ModelValues& mo
     out.close();
 }
 
+/// What the coded exports put behind each value: the range of mode 2, or the unit range.
+std::string range_text(const ModelWriteRequest& request) {
+    if (request.export_mode != 2 && request.export_mode != 3) return {};
+    if (request.export_mode == 2 && request.range_low < request.range_high) {
+        char text[64];
+        std::size_t length = model_value_text(text, request.range_mid - request.range_low);
+        length += model_value_text(text + length, request.range_high - request.range_low);
+        return std::string(text, length);
+    }
+    return " -1.0 1.0";
+}
+
 void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, const ModelValues& model,
                       const ModelWriteRequest& request) {
-    ModelFileOutput out(file, static_cast<std::size_t>(request.end_z - request.first_z) * 32 + 64);
+    const std::string suffix = range_text(request);
+    // The longest line: a value (at most 14 characters), the range text and the line end.
+    const std::size_t line_room = suffix.empty() ? 32 : 64;
+    ModelFileOutput out(file, static_cast<std::size_t>(request.end_z - request.first_z) * line_room + 64);
     if (request.expanded > 0) {
         out.close();
         return;
@@ -223,11 +238,13 @@ void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, con
     // Each line is copied as one 16-byte block from a prepared text with its line end: a plain run's
     // model is one value repeated millions of times.
     struct LineText {
-        char text[32];
+        char text[64];
         std::size_t length;
     };
-    const auto prepare = [](LineText& line, float value) {
+    const auto prepare = [&suffix](LineText& line, float value) {
         line.length = model_value_text(line.text, value);
+        std::memcpy(line.text + line.length, suffix.data(), suffix.size());
+        line.length += suffix.size();
         line.text[line.length++] = '\r';
         line.text[line.length++] = '\n';
     };
@@ -235,7 +252,7 @@ void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, con
     prepare(null_text, request.null_value);
     float last_value = 0;
     prepare(last_text, last_value);
-    const std::size_t column_bytes = static_cast<std::size_t>(count_z) * 32;
+    const std::size_t column_bytes = static_cast<std::size_t>(count_z) * line_room;
 
     double written = 0;
     ProgressMeter progress(dialogue, total);
@@ -278,6 +295,8 @@ void write_text_model(Dialogue& dialogue, const std::filesystem::path& file, con
 void write_model_file(Dialogue& dialogue, const std::filesystem::path& file, const ModelValues& model,
                       const ModelWriteRequest& request) {
     check_range(model, request);
+    if (request.export_mode == 1)
+        throw std::invalid_argument("the coded model export by cell codes has no code tables in this program");
     dialogue.progress(0);
     if (request.export_mode == model_export_binary && dialogue.ask_yes_no("Export model in binary format?"))
         write_binary_model(file, model, request);

@@ -1,5 +1,6 @@
 // tests/create/model_file_test.cpp - the model file writer: text lines worked out by hand, the cell
-// order, the null line, an expanded tile's empty file, and the two orders of the binary form.
+// order, the null line, an expanded tile's empty file, the two orders of the binary form, and the
+// coded exports' range behind each line.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -98,6 +99,49 @@ TEST_F(WriteModelFile, ExpandedTileLeavesAnEmptyFile) {
     write_model_file(dialogue, dir.path() / "tile.sus", model, request);
     ASSERT_TRUE(std::filesystem::exists(dir.path() / "tile.sus"));
     EXPECT_EQ(std::filesystem::file_size(dir.path() / "tile.sus"), 0u);
+}
+
+TEST(CodedModelExport, ModesTwoAndThreePutTheRangeBehindEveryLine) {
+    HeadlessDialogue dialogue;
+    TempDir dir;
+    ModelValues model;
+    model.size(1, 1, 3);
+    model.at(1, 1, 1) = 12.5f;
+    model.at(1, 1, 2) = -1e32f;
+    model.at(1, 1, 3) = -3;
+    struct Case {
+        int mode;
+        float low, mid, high;
+        const char* range;  // what follows each value
+    };
+    const Case cases[] = {
+        {0, 1, 3, 5, ""},                             // the plain text form has none
+        {2, 1, 3, 5, " 2.00000E+00 4.00000E+00"},     // mid - low, high - low
+        {2, 0.5f, 0.75f, 0.625f, " 2.50000E-01 1.25000E-01"},  // widths as they come, mid above high
+        {2, 5, 3, 5, " -1.0 1.0"},                    // no range: low not below high
+        {2, 6, 3, 5, " -1.0 1.0"},
+        {3, 1, 3, 5, " -1.0 1.0"},                    // mode 3 always the unit range
+    };
+    for (const Case& c : cases) {
+        ModelWriteRequest request = whole_model_request(model);
+        request.export_mode = c.mode;
+        request.export_type = 4;
+        request.range_low = c.low;
+        request.range_mid = c.mid;
+        request.range_high = c.high;
+        request.null_value = -1;
+        const auto file = dir.path() / "coded.sus";
+        write_model_file(dialogue, file, model, request);
+        const std::string r = c.range;
+        EXPECT_EQ(read_file_bytes(file), " 1.25000E+01" + r + "\r\n -1.00000E+00" + r + "\r\n -3.00000E+00" + r + "\r\n")
+            << c.mode << " " << c.low << " " << c.high;
+    }
+    // Mode 1 would need code tables: refused before a file is made.
+    ModelWriteRequest request = whole_model_request(model);
+    request.export_mode = 1;
+    request.export_type = 5;
+    EXPECT_THROW(write_model_file(dialogue, dir.path() / "codes.sus", model, request), std::invalid_argument);
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "codes.sus"));
 }
 
 std::string floats_bytes(std::initializer_list<float> values) {
