@@ -1,7 +1,7 @@
 // tests/cli/refine_test.cpp - `invsetup create --mesh --model --skip-tile`: a 2 x 2 tiled refinement of
 // a 6 x 6 x 6 mesh of 100 m cells (50 m deep) with 50 m cells (25 m deep) over its middle, one tile
 // switched off; every file of every tile folder against the files worked out for it; and the plan of
-// that layout as a picture.
+// that layout as a picture; the bundled refinement example run and drawn.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -304,6 +304,28 @@ TEST(RefinementRunSurface, TheModelsSurfaceBoundsTheRefinedBottom) {
     EXPECT_NE(run.err.find("The bottom of the mesh refinement must be below the bottom of the topo: 100.0"),
               std::string::npos)
         << run.err;
+}
+
+TEST(RefinementExample, RunsAndDrawsWithATileSwitchedOff) {
+    // The bundled refinement example as its README line runs it, beside the magnetic survey it reads.
+    TempDir dir;
+    invsetup::testing::copy_example("magnetic", dir.path() / "magnetic");
+    invsetup::testing::copy_example("refine", dir.path() / "refine");
+    const fs::path refine = dir.path() / "refine";
+    const std::string layout = " --mesh " + quoted(refine / "coarse.msh") + " --skip-tile 2,1";
+    const CliRun run = run_cli("create " + quoted(refine / "inversion.inp") + " " + quoted(dir.path() / "run") + layout +
+                               " --model " + quoted(refine / "coarse.sus") + " --quiet");
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    // 2 x 2 tiles with their eight files each, the switched-off one too; only its call is a remark.
+    for (const char* tile : {"tile0101", "tile0102", "tile0201", "tile0202"})
+        EXPECT_EQ(files_below(dir.path() / "run" / tile).size(), 8u) << tile;
+    const std::string iterate = read_file_bytes(dir.path() / "run" / "iter_all.bat");
+    EXPECT_NE(iterate.find("\r\nrem call tile0201.bat\r\n"), std::string::npos) << iterate;
+    EXPECT_NE(iterate.find("\r\ncall tile0202.bat\r\n"), std::string::npos) << iterate;
+    const CliRun plan = run_cli("plan " + quoted(refine / "inversion.inp") + layout + " -o " + quoted(dir.path() / "plan.png"));
+    ASSERT_EQ(plan.exit_code, 0) << plan.err;
+    EXPECT_NE(plan.out.find("Tiles: 2 x 2"), std::string::npos) << plan.out;
+    EXPECT_TRUE(fs::exists(dir.path() / "plan.png"));
 }
 
 }  // namespace

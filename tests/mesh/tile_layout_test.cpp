@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <stdexcept>
+#include <vector>
 
 #include "grids/interval_search.h"
 #include "mesh/inversion_mesh.h"
@@ -137,6 +139,43 @@ TEST_F(RefinedSession, LaysTilesOnLoadedCellEdgesWithOverlap) {
             EXPECT_EQ(tiles.tile_x_limits(i, k), x_expected[i - 1][k - 1]) << "x tile " << i << " k " << k;
             EXPECT_EQ(tiles.tile_y_limits(i, k), y_expected[i - 1][k - 1]) << "y tile " << i << " k " << k;
         }
+}
+
+TEST_F(RefinedSession, TileLimitsAtTheBoundaries) {
+    // X limits worked out by the layout rules: ends at i * span / count + first (half to even), each
+    // middle end moved down to a loaded node, cores touching, the overlap added outside them.
+    struct Case {
+        const char* name;
+        double x_min;
+        int x_cells, overlap;
+        std::vector<std::array<int, 4>> tiles;
+    };
+    const Case cases[] = {
+        // The whole loaded width refined (nodes 1..41 at 25 m): 4 tiles of 10; the first tile starts
+        // on the mesh's west edge. Ends 10.75 -> 11 (250 -> 200, node 9), 20.5 -> 20 (475 -> 400,
+        // node 17), 30.25 -> 30 (725 -> 700, node 29), and the last one cell short of the end.
+        {"at the mesh edge", 0, 40, 2, {{1, 1, 9, 11}, {7, 9, 17, 19}, {15, 17, 29, 31}, {27, 29, 40, 40}}},
+        // An overlap of 6 in tiles of 16, near half a tile: 5 tiles over nodes 3..22. Ends 6.8 -> 7
+        // (300), 10.6 -> 11 (400), 14.4 -> 14 (475 -> 400, node 11 again: the third tile's core is
+        // clipped to nothing), 18.2 -> 18 (575 -> 500, node 15). The second tile's overlap reaches
+        // node 1, the mesh's edge.
+        {"overlap near half a tile", 250, 20, 6,
+         {{3, 3, 7, 13}, {1, 7, 11, 17}, {5, 11, 11, 17}, {5, 11, 15, 21}, {9, 15, 22, 22}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        InversionDefinition& d = session.definition;
+        d.mesh_min[0] = c.x_min;
+        d.mesh_cell_count[0] = c.x_cells;
+        d.mesh_max[0] = c.x_min + 25 * c.x_cells;
+        d.tile_overlap = c.overlap;
+        ASSERT_EQ(determine_inversion_mesh(session), 0) << (dialogue.messages.empty() ? "" : dialogue.messages[0]);
+        ASSERT_EQ(d.number_of_x_tiles, static_cast<int>(c.tiles.size()));
+        for (int i = 1; i <= d.number_of_x_tiles; ++i)
+            for (int k = 1; k <= 4; ++k)
+                EXPECT_EQ(session.tiles.tile_x_limits(i, k), c.tiles[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(k - 1)])
+                    << "tile " << i << " k " << k;
+    }
 }
 
 TEST_F(RefinedSession, TileLongerThanItsSizeLosesTheExcessAtItsEnd) {
