@@ -1,6 +1,7 @@
 // src/data/observed_data.cpp - conditioning and binning of the observed data.
 #include "data/observed_data.h"
 
+#include <atomic>
 #include <cmath>
 #include <future>
 #include <limits>
@@ -315,15 +316,7 @@ public:
                                               placement_.y_low() - y_tolerance_, placement_.y_high() + y_tolerance_))
             return false;
         Array2<double> surfaces(nx_ + 1, ny_ + 1, mesh.z_nodes[1]);
-        if (use_topography) {
-            SurfaceLookup lookup(session.topography);
-            for (int j = 1; j <= ny_; ++j)
-                for (int i = 1; i <= nx_; ++i) {
-                    if (bins_.bin_used(i, j) == 0) continue;
-                    surfaces(i, j) = lookup.at(bins_.bin_x(i, j), bins_.bin_y(i, j));
-                    if (is_null(surfaces(i, j))) return false;
-                }
-        }
+        if (use_topography && !surfaces_under_bins(session.topography, surfaces)) return false;
         for (int j = 1; j <= ny_; ++j)
             for (int i = 1; i <= nx_; ++i) {
                 if (bins_.bin_used(i, j) == 0) continue;
@@ -352,6 +345,26 @@ public:
     }
 
 private:
+    /// The surface under each filled bin's reading, looked up row by row in blocks over the threads
+    /// (a cursor's value never depends on where its walk began); false when one has none.
+    bool surfaces_under_bins(const Topography& topography, Array2<double>& surfaces) const {
+        std::atomic<bool> all_found{true};
+        for_blocks(
+            static_cast<std::size_t>(ny_),
+            [&](std::size_t first, std::size_t last) {
+                SurfaceLookup lookup(topography);
+                for (int j = static_cast<int>(first) + 1; j <= static_cast<int>(last); ++j)
+                    for (int step = 0; step < nx_; ++step) {
+                        const int i = j % 2 == 1 ? step + 1 : nx_ - step;  // back and forth: short walks
+                        if (bins_.bin_used(i, j) == 0) continue;
+                        surfaces(i, j) = lookup.at(bins_.bin_x(i, j), bins_.bin_y(i, j));
+                        if (is_null(surfaces(i, j))) all_found = false;
+                    }
+            },
+            16);
+        return all_found;
+    }
+
     const InversionDefinition definition_;  // a copy: the reader may run on another thread
     const bool range_empty_;
     const CellPlacement placement_;

@@ -10,10 +10,14 @@
 
 #include <CGAL/Delaunay_triangulation_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
+#include <CGAL/Hilbert_sort_median_2.h>
+#include <CGAL/Multiscale_sort.h>
 #include <CGAL/Spatial_sort_traits_adapter_2.h>
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
+#include <CGAL/algorithm.h>
 #include <boost/property_map/property_map.hpp>
-#include <CGAL/spatial_sort.h>
+#include <boost/random/linear_congruential.hpp>
+#include <boost/random/random_number_generator.hpp>
 
 #include "support/numbers.h"
 #include "support/threads.h"
@@ -39,6 +43,74 @@ struct PlanOfPoint {
     friend Point get(PlanOfPoint, const NumberedPoint& point) { return Point(point.x, point.y); }
 };
 
+using SortTraits = CGAL::Spatial_sort_traits_adapter_2<Kernel, PlanOfPoint>;
+using PointIterator = std::vector<NumberedPoint>::iterator;
+
+/// The library's median Hilbert sort with its two largest steps shared by two cores. A run of more
+/// than `two_core_from` points is split at the median of x, then each half at its median of y (one
+/// half per core), and the four quarters are sorted two per core: the same splits and the same
+/// recursion as the library's own sequential sort, so the order comes out the same to the point.
+class TwoCoreHilbertSort {
+public:
+    static constexpr std::ptrdiff_t two_core_from = 8192;
+
+    TwoCoreHilbertSort(const SortTraits& traits, std::ptrdiff_t limit)
+        : traits_(traits), sequential_(traits, limit), limit_(limit) {}
+
+    void operator()(PointIterator begin, PointIterator end) const {
+        if (end - begin < two_core_from || end - begin <= limit_) return sequential_(begin, end);
+        // The steps of the library's recursive_sort<0, false, false>, the first call of its sort.
+        PointIterator m1, m3;
+        const PointIterator m2 = CGAL::internal::hilbert_split(begin, end, Cmp<0, false>(traits_));
+        on_two_cores([&] { m1 = CGAL::internal::hilbert_split(begin, m2, Cmp<1, false>(traits_)); },
+                     [&] { m3 = CGAL::internal::hilbert_split(m2, end, Cmp<1, true>(traits_)); });
+        on_two_cores(
+            [&] {
+                sequential_.template recursive_sort<1, false, false>(begin, m1);
+                sequential_.template recursive_sort<0, false, false>(m1, m2);
+            },
+            [&] {
+                sequential_.template recursive_sort<0, false, false>(m2, m3);
+                sequential_.template recursive_sort<1, true, true>(m3, end);
+            });
+    }
+
+private:
+    template <int x, bool up>
+    using Cmp = CGAL::internal::Hilbert_cmp_2<SortTraits, x, up>;
+
+    /// Runs both pieces of work, the second on another thread when two may be used.
+    template <class First, class Second>
+    static void on_two_cores(First first, Second second) {
+        for_blocks(
+            2,
+            [&](std::size_t from, std::size_t to) {
+                for (std::size_t k = from; k < to; ++k) k == 0 ? first() : second();
+            },
+            1);
+    }
+
+    SortTraits traits_;
+    CGAL::Hilbert_sort_median_2<SortTraits, CGAL::Sequential_tag> sequential_;
+    std::ptrdiff_t limit_;
+};
+
+}  // namespace
+
+void sort_in_curve_order(std::vector<NumberedPoint>& points) {
+    // The library's spatial sort of points in plan, step by step: the same shuffle (its generator from
+    // its own seed), the same thresholds, and the Hilbert sort on two cores.
+    boost::rand48 random;
+    boost::random_number_generator<boost::rand48, std::ptrdiff_t> generator(random);
+    CGAL::cpp98::random_shuffle(points.begin(), points.end(), generator);
+    constexpr std::ptrdiff_t hilbert_threshold = 4, multiscale_threshold = 16;
+    constexpr double multiscale_ratio = 0.25;
+    CGAL::Multiscale_sort<TwoCoreHilbertSort>(TwoCoreHilbertSort(SortTraits(), hilbert_threshold),
+                                              multiscale_threshold, multiscale_ratio)(points.begin(), points.end());
+}
+
+namespace {
+
 /// Inserts the points along a space-filling curve, each search starting from the point before, so
 /// that every insertion walks a triangle or two. The numbered points themselves are sorted, not
 /// indices into them: the sort and the insertion then walk memory in order, where an index map would
@@ -46,8 +118,7 @@ struct PlanOfPoint {
 /// (the same shuffle and the same comparisons), so the triangles come out the same, and of two points
 /// at one place the later in that order gives the vertex its number, as there.
 void insert_in_curve_order(Delaunay& delaunay, std::vector<NumberedPoint>& points) {
-    using SortTraits = CGAL::Spatial_sort_traits_adapter_2<Kernel, PlanOfPoint>;
-    CGAL::spatial_sort(points.begin(), points.end(), SortTraits());
+    sort_in_curve_order(points);
     FaceHandle hint;
     for (const NumberedPoint& point : points) {
         const Delaunay::Vertex_handle vertex = delaunay.insert(Point(point.x, point.y), hint);

@@ -72,6 +72,11 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+/// Puts the points in the order the library's spatial sort gives them (a shuffle, then a Hilbert
+/// curve at growing scales), with its largest steps on two cores; the order does not depend on the
+/// thread count.
+void sort_in_curve_order(std::vector<NumberedPoint>& points);
+
 /// True when all the points (x[k], y[k]) lie on one straight line, tested exactly; also true for
 /// fewer than three points or when all points coincide.
 bool points_are_colinear(std::span<const double> x, std::span<const double> y);

@@ -1,7 +1,14 @@
 // tests/grids/triangulation_test.cpp - Delaunay triangulation and linear interpolation in it.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <utility>
 #include <vector>
+
+#include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
+#include <CGAL/Spatial_sort_traits_adapter_2.h>
+#include <CGAL/property_map.h>
+#include <CGAL/spatial_sort.h>
 
 #include "grids/triangulation.h"
 #include "support/numbers.h"
@@ -103,6 +110,33 @@ TEST(Triangulation, BatchOfPointsMatchesOneByOne) {
     for (std::size_t k = 0; k < qx.size(); ++k)
         EXPECT_DOUBLE_EQ(values[k], triangulation.interpolate(qx[k], qy[k], points.z)) << k;
     EXPECT_LT(values[3], -1e30);
+}
+
+TEST(Triangulation, TheCurveOrderIsTheLibrarysOnOneThreadAndTwo) {
+    // Scattered points, a grid of repeated places and whole rows on one y: ties of every kind.
+    std::vector<invsetup::NumberedPoint> points;
+    for (int k = 0; k < 60000; ++k) {
+        const double x = k % 3 == 0 ? 10.0 * (k % 70) : 500000 + (k * 7919 % 100003) * 0.37;
+        const double y = k % 5 == 0 ? 6200000.0 : 6200000 + (k * 104729 % 99991) * 0.41;
+        points.push_back({x, y, k});
+    }
+    using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
+    std::vector<std::pair<Kernel::Point_2, int>> library;
+    for (const auto& point : points) library.emplace_back(Kernel::Point_2(point.x, point.y), point.number);
+    using Traits =
+        CGAL::Spatial_sort_traits_adapter_2<Kernel, CGAL::First_of_pair_property_map<std::pair<Kernel::Point_2, int>>>;
+    CGAL::spatial_sort(library.begin(), library.end(), Traits());
+    for (const char* threads : {"1", "2"}) {
+        SCOPED_TRACE(threads);
+        setenv("INVSETUP_THREADS", threads, 1);
+        std::vector<invsetup::NumberedPoint> sorted = points;
+        invsetup::sort_in_curve_order(sorted);
+        unsetenv("INVSETUP_THREADS");
+        ASSERT_EQ(sorted.size(), library.size());
+        std::size_t differ = 0;
+        for (std::size_t k = 0; k < sorted.size(); ++k) differ += sorted[k].number != library[k].second;
+        EXPECT_EQ(differ, 0u);
+    }
 }
 
 }  // namespace
