@@ -530,7 +530,7 @@ int read_pass(Dialogue& dialogue, const LocationFileSettings& settings, int mode
         return 0;
     } catch (const std::exception& fault) {
         dialogue.message_box("An error occurred while reading the data file " + file_name + ": " +
-                                     fault.what());
+                             fault_reason_text(fault));
         return -1;
     }
 }

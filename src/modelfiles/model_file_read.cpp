@@ -3,6 +3,8 @@
 #include "modelfiles/model_file_read.h"
 
 #include <bit>
+#include <cmath>
+#include <limits>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -35,13 +37,21 @@ constexpr const char* end_of_file_text = "Unexpected end of file was encountered
 /// A read that stopped after its message (or, for a declined component, without one).
 struct ReadStopped {};
 
+/// A number of the file as the single real it is kept as; one a single real can't hold (or that
+/// isn't finite) stops the read, named.
+float single_value(double value, std::string_view token) {
+    if (!(std::fabs(value) <= std::numeric_limits<float>::max()))
+        throw std::range_error("the value " + std::string(token) + " is not a finite number a single real holds");
+    return static_cast<float>(value);
+}
+
 /// The whole file in memory: a model file is read once, start to end.
 class FileBytes {
 public:
     explicit FileBytes(const std::string& file_name) {
         require_regular_file(native_path(file_name), "model file");
         std::FILE* file = std::fopen(native_path(file_name).c_str(), "rb");
-        if (!file) throw std::runtime_error("cannot open " + file_name);
+        if (!file) throw std::runtime_error("The model file " + file_name + " could not be opened.");
         std::unique_ptr<std::FILE, int (*)(std::FILE*)> closer(file, std::fclose);
         if (std::fseek(file, 0, SEEK_END) != 0) throw std::runtime_error("cannot read " + file_name);
         const long size = std::ftell(file);
@@ -75,7 +85,7 @@ public:
         const auto [rest, error] = std::from_chars(start, p_, wide);
         if (error != std::errc() || rest != p_)
             wide = parse_number_prefix(std::string_view(start, static_cast<std::size_t>(p_ - start)));
-        value = static_cast<float>(wide);
+        value = single_value(wide, std::string_view(start, static_cast<std::size_t>(p_ - start)));
         return true;
     }
     /// The rest of the current line, for the layered form's first line.
@@ -197,6 +207,10 @@ void read_binary(std::string_view bytes, ModelValues& values) {
     const std::size_t available = (bytes.size() - 4) / sizeof(float);
     const std::size_t count = std::min(available, values.values.size());
     if (count > 0) std::memcpy(values.values.data(), bytes.data() + 4, count * sizeof(float));
+    for (std::size_t k = 0; k < count; ++k)
+        if (!std::isfinite(values.values[k]))
+            throw std::range_error("the stored value " + std::to_string(k + 1) + " is " +
+                                   (std::isnan(values.values[k]) ? "not a number" : "infinite"));
 }
 
 /// The component the person wants from a multicomponent file whose first line is `first_line`.
@@ -225,8 +239,9 @@ void read_layered(Dialogue& dialogue, std::string_view text, const LoadedMesh& m
     ModelValues& values = model.values;
     TokenReader tokens(text, false);
     std::string first(tokens.line());
-    model.sea_value = static_cast<float>(parse_number_prefix(next_word(first)));
-    model.air_value = static_cast<float>(parse_number_prefix(next_word(first)));
+    const std::string sea = next_word(first), air_word = next_word(first);
+    model.sea_value = single_value(parse_number_prefix(sea), sea);
+    model.air_value = single_value(parse_number_prefix(air_word), air_word);
     const int air = std::min(mesh.air_cells, values.nz);
     const int sea_end = std::min(mesh.air_cells + mesh.sea_cells, values.nz);
     for (int k = 1; k <= sea_end; ++k) {
@@ -281,7 +296,7 @@ void read_text(Dialogue& dialogue, std::string_view text, const LoadedMesh& mesh
             const std::vector<std::string> parts = split_fields(cell);
             const std::size_t at = static_cast<std::size_t>(component - 1);
             values.at(i, j, k) = at < parts.size() && is_numeric(parts[at])
-                                     ? static_cast<float>(parse_number_prefix(parts[at]))
+                                     ? single_value(parse_number_prefix(parts[at]), parts[at])
                                      : model.null_value;
         });
         return;
@@ -346,7 +361,8 @@ int read_model_file(Dialogue& dialogue, const std::string& file_name, const Load
     } catch (const ReadStopped&) {
         return -1;
     } catch (const std::exception& fault) {
-        dialogue.message_box("An error occurred while reading the model file : \n" + std::string(fault.what()));
+        dialogue.message_box("An error occurred while reading the model file : \n" +
+                             read_fault_text("model file", file_name, "values", fault));
         return -1;
     }
 }

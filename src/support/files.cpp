@@ -111,17 +111,22 @@ void require_regular_file(const std::filesystem::path& path, std::string_view wh
                                  ", not a file that can be read.");
 }
 
-std::string read_fault_text(std::string_view what, std::string_view file, std::string_view field,
-                            const std::exception& fault) {
+namespace {
+
+bool is_our_sentence(const std::exception& fault) {
+    return dynamic_cast<const std::runtime_error*>(&fault) && !dynamic_cast<const std::overflow_error*>(&fault) &&
+           !dynamic_cast<const std::ios_base::failure*>(&fault) && trim(fault.what()).rfind("The ", 0) == 0;
+}
+
+std::string plain_reason(const std::exception& fault) {
     const std::string detail = trim(fault.what());
-    const bool ours = dynamic_cast<const std::runtime_error*>(&fault) && !dynamic_cast<const std::overflow_error*>(&fault) &&
-                      !dynamic_cast<const std::ios_base::failure*>(&fault) && detail.rfind("The ", 0) == 0;
-    if (ours) return detail;
     std::string reason;
     if (dynamic_cast<const std::overflow_error*>(&fault) || dynamic_cast<const std::underflow_error*>(&fault))
         reason = "a number there is too large for a whole number";
     else if (dynamic_cast<const std::bad_alloc*>(&fault) || dynamic_cast<const std::length_error*>(&fault))
         reason = "there is not enough memory for what it describes";
+    else if (dynamic_cast<const std::range_error*>(&fault))
+        reason = "a value there is not a finite number a single real holds";
     else if (dynamic_cast<const std::out_of_range*>(&fault))
         reason = "a count or a position there does not match the table it fills";
     else if (dynamic_cast<const std::invalid_argument*>(&fault))
@@ -131,11 +136,22 @@ std::string read_fault_text(std::string_view what, std::string_view file, std::s
         reason = "the system could not read it";
     else
         reason = "an unforeseen fault stopped the reading";
+    if (!detail.empty() && detail != "std::exception") reason += " (" + detail + ")";
+    return reason;
+}
+
+}  // namespace
+
+std::string read_fault_text(std::string_view what, std::string_view file, std::string_view field,
+                            const std::exception& fault) {
+    if (is_our_sentence(fault)) return trim(fault.what());
     std::string text = "The " + std::string(what) + " " + std::string(file) + " could not be read";
     if (!field.empty()) text += " at its " + std::string(field);
-    text += ": " + reason;
-    if (!detail.empty() && detail != "std::exception") text += " (" + detail + ")";
-    return text + ".";
+    return text + ": " + plain_reason(fault) + ".";
+}
+
+std::string fault_reason_text(const std::exception& fault) {
+    return is_our_sentence(fault) ? trim(fault.what()) : plain_reason(fault);
 }
 
 bool directory_exists(const std::string& path) {

@@ -31,6 +31,9 @@ void require_regular_file(const std::filesystem::path& path, std::string_view wh
 /// behind words a person can act on. A fault that is already a sentence of ours ("The ...") is kept.
 std::string read_fault_text(std::string_view what, std::string_view file, std::string_view field,
                             const std::exception& fault);
+/// The reason alone, for a message that already names the file: "a number there is too large for
+/// a whole number (Overflow)"; a sentence of ours as it is.
+std::string fault_reason_text(const std::exception& fault);
 /// Makes a directory with its parents; "\" and "/" both separate. Throws std::runtime_error
 /// naming the path on failure.
 void make_directory_path(const std::string& path);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cstring>
 #include <deque>
 
@@ -191,6 +193,38 @@ TEST_F(ModelRead, DamagedFilesEndWithAMessage) {
     EXPECT_EQ(dialogue.messages, std::vector<std::string>{end});
     EXPECT_EQ(read_model_file(dialogue, (dir.path() / "missing.sus").string(), mesh, model), -1);
     EXPECT_EQ(dialogue.messages.back().rfind("An error occurred while reading the model file : \n", 0), 0u);
+}
+
+TEST_F(ModelRead, ValuesASingleRealCantHoldAreRefusedNamingTheFileAndTheValue) {
+    // "%F" stands for the file's path.
+    const std::string head = "An error occurred while reading the model file : \nThe model file %F could not be read at "
+                             "its values: a value there is not a finite number a single real holds (";
+    const struct {
+        int mesh_format;
+        int order;
+        std::string bytes;
+        std::string reason;
+    } cases[] = {
+        {0, 1, "1\r\n2\r\n1e39\r\n4\r\n5\r\n6\r\n7\r\n8\r\n", "the value 1e39 is not a finite number a single real holds)."},
+        {0, 1, "1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n-1e309\r\n",
+         "the value -1e309 is not a finite number a single real holds)."},
+        {0, 0, binary_model(1, {1, 2, std::numeric_limits<float>::quiet_NaN(), 4, 5, 6, 7, 8}),
+         "the stored value 3 is not a number)."},
+        {0, 0, binary_model(1, {1, 2, 3, 4, 5, 6, 7, std::numeric_limits<float>::infinity()}), "the stored value 8 is infinite)."},
+        {1, 0, "1e40 -1\r\n1 2 3 4\r\n", "the value 1e40 is not a finite number a single real holds)."},
+    };
+    const std::string path = (dir.path() / "test.sus").string();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        mesh.mesh_format = c.mesh_format;
+        mesh.air_cells = mesh.sea_cells = 0;
+        model.model_order = c.order;
+        dialogue.messages.clear();
+        EXPECT_EQ(read(c.bytes), -1);
+        std::string message = head + c.reason;
+        message.replace(message.find("%F"), 2, path);
+        EXPECT_EQ(dialogue.messages, std::vector<std::string>{message});
+    }
 }
 
 TEST_F(ModelRead, RoundTripsThroughTheWriter) {
