@@ -11,6 +11,7 @@
 #include "data/location_file.h"
 #include "grids/grid_access.h"
 #include "session.h"
+#include "support/files.h"
 #include "support/numbers.h"
 
 namespace invsetup {
@@ -273,7 +274,7 @@ int grid_topo_from_points(Session& session, int count, const Array2<double>& loc
         for (int n = 1; n <= count; ++n) points.take(locations(n, 1), locations(n, 2), locations(n, 3));
         return points.grid(session);
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(fault.what());
+        session.dialogue.message_box(fault_reason_text(fault));
         session.topography.clear();
         return -1;
     }
@@ -346,7 +347,7 @@ int grid_topo_from_file(Session& session, const std::string& file_name) {
         topography.surface_transform = transform;
         return 0;
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(fault.what());
+        session.dialogue.message_box("The topography grid " + file_name + " could not be read: " + fault_reason_text(fault));
         return -1;
     }
 }
@@ -366,7 +367,7 @@ int grid_topography(Session& session) {
     try {
         points.emplace(session.mesh);
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(fault.what());
+        session.dialogue.message_box(fault_reason_text(fault));
         return -1;
     }
     SurfacePointSink sink(*points);
@@ -381,7 +382,7 @@ int grid_topography(Session& session) {
     try {
         return points->grid(session);
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(fault.what());
+        session.dialogue.message_box(fault_reason_text(fault));
         session.topography.clear();
         return -1;
     }
@@ -411,7 +412,7 @@ int process_inversion_topo(Session& session) {
             }
         return 0;
     } catch (const std::exception& fault) {
-        session.dialogue.message_box(fault.what());
+        session.dialogue.message_box(fault_reason_text(fault));
         return -1;
     }
 }
