@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
@@ -286,9 +287,12 @@ private:
                     z_ = settings_.z_sign_flag == 1 ? -number : number;
                     z_ += settings_.elevation_offset;
                 }
-                if (roles & role_value1) value_[0] = static_cast<float>(number);
-                if (roles & role_value2) value_[1] = static_cast<float>(number);
-                if (roles & role_value3) value_[2] = static_cast<float>(number);
+                // The files keep values as single reals: one beyond them is no value (a null, counted as one).
+                const float value = std::fabs(number) <= std::numeric_limits<float>::max() ? static_cast<float>(number)
+                                                                                          : null_value_single;
+                if (roles & role_value1) value_[0] = value;
+                if (roles & role_value2) value_[1] = value;
+                if (roles & role_value3) value_[2] = value;
             }
             if (roles & role_line) take_line_name(trim_view(field));
             if (roles & role_label) {

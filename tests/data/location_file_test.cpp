@@ -195,10 +195,12 @@ TEST_F(ReadLocations, DensifyingFillsGapsAlongALine) {
 
 TEST_F(ReadLocations, CountingPassKeepsRangesAndMeansWithoutNulls) {
     settings.file = dir.path() / "points.csv";
-    write_file_bytes(settings.file, "1 5 10 2\n3 -1 -20 *\n2 0 x 4\n2 0 0 4\n");
+    // A value beyond a single real (1e39) is no value: it would make the mean, and the base value
+    // set from it, infinite.
+    write_file_bytes(settings.file, "1 5 10 2\n3 -1 -20 *\n2 0 x 4\n2 0 0 4\n2 0 0 1e39\n");
     ASSERT_EQ(read_locations_file(session, settings, location_count_pass, data, summary), 0);
-    EXPECT_EQ(data.count, 4);
-    EXPECT_EQ(data.locations.rows(), 4);
+    EXPECT_EQ(data.count, 5);
+    EXPECT_EQ(data.locations.rows(), 5);
     EXPECT_EQ(summary.x_min, 1);
     EXPECT_EQ(summary.x_max, 3);
     EXPECT_EQ(summary.y_min, -1);
