@@ -293,8 +293,13 @@ void export_files(Session& session, const fs::path& run, const fs::path& out, Vt
     std::vector<std::pair<std::string, std::vector<float>>> models;
     std::vector<fs::path> model_files;
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(run, error))
-        if (entry.is_regular_file() && is_model_file(entry.path())) model_files.push_back(entry.path());
+    for (const auto& entry : fs::directory_iterator(run, error)) {
+        if (!is_model_file(entry.path())) continue;
+        if (entry.is_regular_file())
+            model_files.push_back(entry.path());
+        else  // a folder or a pipe named like a model is told of, not passed over
+            summary.skipped.push_back(entry.path().filename().string() + ": not a regular file");
+    }
     std::sort(model_files.begin(), model_files.end());
     for (const fs::path& path : model_files) {
         std::vector<float> values = read_plain_model(path);

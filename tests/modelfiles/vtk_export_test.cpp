@@ -52,9 +52,11 @@ protected:
 // model.sus runs z fastest from the top; the grid's cells run x fastest from the bottom. Top cells
 // are air where the column's mean surface lies below 100 m, the lower ones where it lies below 60 m.
 TEST_F(VtkExport, VtkReadsBackTheValuesOfThePackage) {
+    fs::create_directory(run / "old.sus");  // named like a model, but a folder
     VtkExportSummary summary;
     ASSERT_EQ(export_run_to_vtk(session, run, dir.path() / "out", summary), 0) << dialogue.messages.back();
-    EXPECT_EQ(summary.skipped, (std::vector<std::string>{"ref.den: 2 values for 12 cells"}));
+    EXPECT_EQ(summary.skipped,
+              (std::vector<std::string>{"old.sus: not a regular file", "ref.den: 2 values for 12 cells"}));
     EXPECT_EQ(summary.written.size(), 5u);
     const std::string python = python_with_vtk();
     if (python.empty()) GTEST_SKIP() << "python3-vtk9 is not installed: the files were written but not read back";
