@@ -7,12 +7,15 @@
 #include <cpl_error.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <mutex>
 #include <regex>
+#include <string_view>
+#include <vector>
 
 #include "support/files.h"
 #include "support/memory.h"
@@ -60,6 +63,71 @@ std::string upper_extension(const std::string& name) {
 }
 
 bool is_height_file(const std::string& name) { return upper_extension(name) == "HGT"; }
+
+// The fields of one line of a text table, split at commas, semicolons, blanks and tabs.
+std::vector<std::string_view> table_fields(std::string_view line) {
+    std::vector<std::string_view> fields;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= line.size(); ++i)
+        if (i == line.size() || line[i] == ',' || line[i] == ';' || line[i] == ' ' || line[i] == '\t' ||
+            line[i] == '\r') {
+            if (i > start) fields.push_back(line.substr(start, i - start));
+            start = i + 1;
+        }
+    return fields;
+}
+
+bool is_number_field(std::string_view field) {
+    double value = 0;
+    const char* first = field.data() + (field.front() == '+' ? 1 : 0);
+    const auto [end, error] = std::from_chars(first, field.data() + field.size(), value);
+    return error == std::errc() && end == field.data() + field.size();
+}
+
+// Whether the file is a plain table of points: at most one line of column names, then lines that all
+// hold the same number (two or more) of numbers, and no header file beside it that could make a
+// raster of it. Such a file is a point file whatever else GDAL might make of it (its XYZ reader takes
+// a regular one as a raster), so it is known as one without loading GDAL's hundred-odd libraries: a
+// run on point files never pays for them. Anything else is left to GDAL.
+bool is_plain_point_table(const std::string& name) {
+    static constexpr const char* header_files[] = {".hdr", ".HDR", ".aux", ".aux.xml", ".rsc", ".xml", ".ers", ".rdc"};
+    const std::filesystem::path path(name);
+    std::error_code error;
+    for (const char* header : header_files) {
+        if (std::filesystem::exists(name + header, error)) return false;
+        std::filesystem::path beside = path;
+        if (std::filesystem::exists(beside.replace_extension(header), error)) return false;
+    }
+    std::ifstream file(path, std::ios::binary);
+    std::string head(8192, '\0');
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(file.gcount()));
+    const bool whole_file = file.eof();
+    std::size_t line_start = 0, number_lines = 0, fields_per_line = 0;
+    bool first_line = true;
+    while (line_start < head.size()) {
+        const std::size_t line_end = head.find('\n', line_start);
+        if (line_end == std::string::npos && !whole_file) break;  // a line cut by the sample
+        const std::string_view line(head.data() + line_start,
+                                    (line_end == std::string::npos ? head.size() : line_end) - line_start);
+        line_start = line_end == std::string::npos ? head.size() : line_end + 1;
+        const std::vector<std::string_view> fields = table_fields(line);
+        if (fields.empty()) continue;
+        const bool numbers = std::all_of(fields.begin(), fields.end(), is_number_field);
+        if (!numbers) {
+            // Only a first line of two or more names; a lone word ("DSAA") or "ncols 100" is a grid's header.
+            if (!first_line || fields.size() < 2 ||
+                std::any_of(fields.begin(), fields.end(), is_number_field))
+                return false;
+        } else {
+            if (fields.size() < 2 || (fields_per_line != 0 && fields.size() != fields_per_line)) return false;
+            fields_per_line = fields.size();
+            ++number_lines;
+        }
+        first_line = false;
+    }
+    return number_lines >= 2;
+}
 
 // The file as a grid: its size, placement and null, and a way to read rows of it. Rows come in
 // the file's own order (north first for the usual north-up grid); nulls already -1e32.
@@ -297,6 +365,7 @@ bool is_grid_file(const std::string& name) {
     static constexpr const char* point_drivers[] = {"XYZ", "CSV"};
     std::error_code error;
     if (!std::filesystem::is_regular_file(name, error)) return false;
+    if (is_plain_point_table(name)) return false;
     GridSource source;
     if (!source.open(name, {})) return false;
     for (const char* points : point_drivers)

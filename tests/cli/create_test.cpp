@@ -45,6 +45,21 @@ TEST_F(CreateCommandLine, QuietKeepsOnlyTheMessages) {
     EXPECT_EQ(run.err, "Output complete\n");
 }
 
+// GDAL and its hundred-odd libraries are loaded only when a grid is touched: the magnetic example's
+// point files never load it, the gravity example's topography grid does.
+TEST_F(CreateCommandLine, OnlyGridsLoadTheGridLibrary) {
+    copy_example("gravity", dir.path() / "gravity");
+    const auto loads_gdal = [&](const fs::path& definition, const fs::path& run_dir) {
+        setenv("LD_DEBUG", "files", 1);
+        const CliRun run = run_cli("create --quiet " + quoted(definition) + " " + quoted(run_dir));
+        unsetenv("LD_DEBUG");
+        EXPECT_EQ(run.exit_code, 0) << definition;
+        return run.err.find("libgdal") != std::string::npos;
+    };
+    EXPECT_FALSE(loads_gdal(survey / "inversion.inp", dir.path() / "mag"));
+    EXPECT_TRUE(loads_gdal(dir.path() / "gravity" / "inversion.inp", dir.path() / "grav"));
+}
+
 TEST_F(CreateCommandLine, WorkdirHoldsTheDataAndTheSavedDefinition) {
     const fs::path elsewhere = dir.path() / "definitions";
     fs::create_directories(elsewhere);

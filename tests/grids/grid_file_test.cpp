@@ -156,7 +156,9 @@ TEST(GridHeaders, OnlyGridFormatsAreGridFiles) {
         {"regular.csv", "x,y,z\n0,0,1\n10,0,2\n0,10,3\n10,10,4\n", false},
         {"regular.xyz", "0 0 1\n10 0 2\n0 10 3\n10 10 4\n", false},
         {"scattered.csv", "x,y,z\n0,0,1\n13,2,2\n4,17,3\n", false},
+        {"points.dat", "x y z\r\n0 0 1\r\n13 2 2\r\n\r\n4 17 3", false},
         {"dem.txt", "ncols 2\nnrows 2\nxllcenter 0\nyllcenter 0\ncellsize 10\n1 2\n3 4\n", true},
+        {"surfer.grd", "DSAA\n2 2\n0 10\n0 10\n1 4\n1 2\n3 4\n", true},
         {"notes.grd", "this is not a grid\n", false},
     };
     for (const auto& c : cases) {
