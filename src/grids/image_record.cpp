@@ -30,19 +30,28 @@ struct BitmapUnloader {
 };
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapUnloader>;
 
-// FreeImage writes its complaints to the console by default; a picture it can't read is reported
-// through the record's status instead.
-void silence_freeimage() {
-    static const bool silenced = [] {
-        FREEIMAGE_CALL(FreeImage_SetOutputMessage)([](FREE_IMAGE_FORMAT, const char*) {});
+// What the picture libraries said while the last picture was read. A picture that loads drops it
+// (the TIFF library complains of every EXIF tag it doesn't know, which is no fault of the picture);
+// one that can't be read is reported with the last complaint, the one that stopped the read.
+thread_local std::string library_complaint;
+
+void keep_complaint(const char* text) {
+    if (text != nullptr && *text != '\0') library_complaint = text;
+}
+
+// FreeImage writes its complaints to the console by default; they are kept instead, to explain a
+// picture it can't read.
+void route_freeimage_messages() {
+    static const bool routed = [] {
+        FREEIMAGE_CALL(FreeImage_SetOutputMessage)([](FREE_IMAGE_FORMAT, const char* text) { keep_complaint(text); });
         // FreeImage's TIFF reader asks the TIFF library for every EXIF tag it knows, and the library
-        // calls each one it lacks an "Internal error" on stderr; a picture that fails says so itself.
-        // GDAL sets handlers of its own when its TIFF driver starts, which then take these over.
+        // calls each one it lacks an "Internal error" on stderr. GDAL sets handlers of its own when its
+        // TIFF driver starts, which then take these over (see load_raster).
         TIFF_CALL(TIFFSetErrorHandler)(nullptr);
         TIFF_CALL(TIFFSetWarningHandler)(nullptr);
         return true;
     }();
-    (void)silenced;
+    (void)routed;
 }
 
 void copy_pixels(FIBITMAP* bitmap, ImageRecord& record) {
@@ -64,15 +73,18 @@ void copy_pixels(FIBITMAP* bitmap, ImageRecord& record) {
 
 // Width and height of the picture, and its pixels when asked; false when FreeImage can't read it.
 bool load_raster(ImageRecord& record, bool load_pixels) {
-    silence_freeimage();
+    route_freeimage_messages();
+    library_complaint.clear();
     const std::string& name = record.file_name;
     FREE_IMAGE_FORMAT format = FREEIMAGE_CALL(FreeImage_GetFileType)(name.c_str(), 0);
     if (format == FIF_UNKNOWN) format = FREEIMAGE_CALL(FreeImage_GetFIFFromFilename)(name.c_str());
     if (format == FIF_UNKNOWN) return false;
     const int flags = !load_pixels && FREEIMAGE_CALL(FreeImage_FIFSupportsNoPixels)(format) ? FIF_LOAD_NOPIXELS : 0;
-    // GDAL owns the TIFF library's error handler in this process; FreeImage's TIFF reader complains
-    // through it about tags it doesn't know, which is no fault of the picture.
-    GDAL_CALL(CPLPushErrorHandler)(GDAL_CALL(CPLQuietErrorHandler));
+    // GDAL owns the TIFF library's error handler in this process, so the TIFF reader's complaints come
+    // through GDAL's: its failures are kept, its warnings dropped.
+    GDAL_CALL(CPLPushErrorHandler)([](CPLErr level, CPLErrorNum, const char* text) {
+        if (level >= CE_Failure) keep_complaint(text);
+    });
     Bitmap bitmap(FREEIMAGE_CALL(FreeImage_Load)(format, name.c_str(), flags));
     GDAL_CALL(CPLPopErrorHandler)();
     if (!bitmap) return false;
@@ -167,15 +179,23 @@ int read_image_record(Session& session, ImageRecord& record, const std::string& 
             return record.status = -1;
         }
         if (!load_raster(record, load_pixels)) {
+            const std::string complaint = library_complaint;
+            const auto unreadable = [&] {
+                session.dialogue.message_box("The picture " + file_name + " can't be read: " +
+                                             (complaint.empty() ? std::string("its contents are damaged or of a kind "
+                                                                              "the picture library doesn't know")
+                                                                : complaint));
+                return record.status = -1;
+            };
             // FreeImage doesn't read every TIFF layout that carries a grid; GDAL may.
             const std::string extension = upper_extension(file_name);
-            if (extension != "TIF" && extension != "TIFF") return record.status = -1;
+            if (extension != "TIF" && extension != "TIFF") return unreadable();
             Array1<int> ints;
             Array1<double> reals;
             std::string text;
             int status = -1;
             GRDRDH(file_name, ints, reals, text, status);
-            if (status < 0) return record.status = -1;
+            if (status < 0) return unreadable();
             record.width = ints[grid_int::columns];
             record.height = ints[grid_int::rows];
         }

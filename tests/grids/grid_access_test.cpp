@@ -166,6 +166,21 @@ TEST_F(ReadImageRecord, MissingFileAndLateRasterAreTold) {
                                                            "Raster files only valid as first image file"}));
 }
 
+// A damaged picture is told of, with what the picture library said when there was something.
+TEST_F(ReadImageRecord, ADamagedPictureIsToldOf) {
+    for (const char* name : {"cut.png", "cut.tif", "cut.jpg"}) {
+        const std::string picture = (dir.path() / name).string();
+        const std::string head = name[4] == 'p' ? std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16)
+                                 : name[4] == 't' ? std::string("II*\0\x08\0\0\0\x40\0", 10)
+                                                  : std::string("\xff\xd8\xff\xe0\0\x10JFIF", 10);
+        write_file_bytes(picture, head + "damaged");
+        dialogue.messages.clear();
+        EXPECT_EQ(read_image_record(session, record, picture, 1, false), -1) << name;
+        ASSERT_EQ(dialogue.messages.size(), 1u) << name;
+        EXPECT_EQ(dialogue.messages[0].rfind("The picture " + picture + " can't be read: ", 0), 0u) << dialogue.messages[0];
+    }
+}
+
 TEST_F(ReadImageRecord, PictureIsPlacedByItsTabAndKeepsItsPixels) {
     const auto picture = dir.path() / "picture.png";
     // Three bands of the same values: grey levels 10, 20 / 30, 40 from the top.
