@@ -12,6 +12,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "session.h"
@@ -490,10 +491,11 @@ int read_layer_widths(Session& session, std::istream& in, LoadedMesh& mesh, int 
     return 0;
 }
 
-/// Index of `value` in a sorted list, inserting it when new.
-void insert_sorted(std::vector<double>& list, double value) {
-    auto at = std::lower_bound(list.begin(), list.end(), value);
-    if (at == list.end() || *at != value) list.insert(at, value);
+/// The different values of `list`, in order. Sorted once at the end rather than kept sorted line by
+/// line: a damaged table of all-different positions would otherwise cost the square of its length.
+void sort_distinct(std::vector<double>& list) {
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
 }
 
 }  // namespace
@@ -517,6 +519,8 @@ int read_layered_mesh(Session& session, std::istream& in, LoadedMesh& mesh) {
     read_raw_line(in, line);  // the node table's heading
     const std::streampos table_start = in.tellg();
     const long long node_lines = static_cast<long long>(mesh.nx + 1) * (mesh.ny + 1);
+    xs.reserve(static_cast<std::size_t>(node_lines));
+    ys.reserve(static_cast<std::size_t>(node_lines));
     double depth_sum = 0;
     auto read_node = [&](double& x, double& y, double& depth) {
         if (!read_nonblank_line(in, line)) return false;
@@ -533,10 +537,20 @@ int read_layered_mesh(Session& session, std::istream& in, LoadedMesh& mesh) {
             session.dialogue.message_box("An error occurred while reading the mesh file");
             return -1;
         }
-        insert_sorted(xs, x);
-        insert_sorted(ys, y);
+        xs.push_back(x);
+        ys.push_back(y);
         depth_sum -= depth;
     }
+    sort_distinct(xs);
+    sort_distinct(ys);
+    for (const auto& [axis, positions, nodes] :
+         {std::tuple{"x", &xs, mesh.nx + 1}, std::tuple{"y", &ys, mesh.ny + 1}})
+        if (positions->size() != static_cast<std::size_t>(nodes)) {
+            session.dialogue.message_box("The node table of the mesh file holds " + std::to_string(positions->size()) +
+                                         " different " + axis + " positions where the mesh has " +
+                                         std::to_string(nodes) + " " + axis + " nodes");
+            return -1;
+        }
     // The ground level divides by the cell count, not by the number of node lines.
     const double ground = depth_sum / (static_cast<double>(mesh.nx) * mesh.ny);
 

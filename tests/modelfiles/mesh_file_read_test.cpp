@@ -229,9 +229,23 @@ TEST_F(MeshRead, LayeredMeshWithNodeTable) {
     EXPECT_EQ(mesh.pad_z_low, 1);
 }
 
-TEST_F(MeshRead, LayeredMeshShortOfNodesFails) {
-    EXPECT_EQ(read_text("Layered\nNumber of north\n1 1 1 0 0\nEarth\n10\nSea\nAir\nNodes\n0 0 1\n"), -1);
-    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"An error occurred while reading the mesh file"});
+TEST_F(MeshRead, LayeredMeshWithABadNodeTableFails) {
+    const std::string head = "Layered\nNumber of north\n1 1 1 0 0\nEarth\n10\nSea\nAir\nNodes\n";
+    const struct {
+        const char* nodes;
+        const char* message;
+    } cases[] = {
+        {"0 0 1\n", "An error occurred while reading the mesh file"},
+        {"0 0 1\n10 0 1\n20 5 1\n30 5 1\n",
+         "The node table of the mesh file holds 4 different x positions where the mesh has 2 x nodes"},
+        {"0 0 1\n10 0 1\n0 5 1\n10 7 1\n",
+         "The node table of the mesh file holds 3 different y positions where the mesh has 2 y nodes"},
+    };
+    for (const auto& c : cases) {
+        dialogue.messages.clear();
+        EXPECT_EQ(read_text(head + c.nodes), -1) << c.nodes;
+        EXPECT_EQ(dialogue.messages, std::vector<std::string>{c.message}) << c.nodes;
+    }
 }
 
 TEST_F(MeshRead, InversionFileShowsTheOptionsThenHasNoCells) {
