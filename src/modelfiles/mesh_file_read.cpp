@@ -348,7 +348,16 @@ int read_trailer(Session& session, std::istream& in, LoadedMesh& mesh, ReadPlace
         std::string_view a, b;
         for (int j = 1; j <= mesh.ny + 1; ++j)
             for (int i = 1; i <= mesh.nx + 1; ++i) {
-                if (!tokens.next(a) || !tokens.next(b)) return 0;
+                if (!tokens.next(a) || !tokens.next(b)) {
+                    // Without every node the cells have no shape: a cut table is refused, not
+                    // taken as a rectangular mesh.
+                    const long long read = static_cast<long long>(j - 1) * (mesh.nx + 1) + (i - 1);
+                    session.dialogue.message_box("The trapezoid node table of the mesh file ends after " +
+                                                 std::to_string(read) + " of its " +
+                                                 std::to_string(static_cast<long long>(mesh.nx + 1) * (mesh.ny + 1)) +
+                                                 " nodes");
+                    return -1;
+                }
                 trapezoid.nodes(i, j) = {parse_number_prefix(a), parse_number_prefix(b)};
             }
         build_trapezoid_geometry(mesh);

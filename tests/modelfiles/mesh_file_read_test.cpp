@@ -229,6 +229,14 @@ TEST_F(MeshRead, LayeredMeshWithNodeTable) {
     EXPECT_EQ(mesh.pad_z_low, 1);
 }
 
+TEST_F(MeshRead, TrapezoidTableCutShortIsRefused) {
+    std::string text = testing::read_file_bytes(testing::test_data("mesh/trapezoid.msh"));
+    text.resize(text.find("1004.00"));  // the last two of the twelve nodes are gone
+    EXPECT_EQ(read_text(text), -1);
+    EXPECT_EQ(dialogue.messages,
+              std::vector<std::string>{"The trapezoid node table of the mesh file ends after 10 of its 12 nodes"});
+}
+
 TEST_F(MeshRead, LayeredMeshWithABadNodeTableFails) {
     const std::string head = "Layered\nNumber of north\n1 1 1 0 0\nEarth\n10\nSea\nAir\nNodes\n";
     const struct {
