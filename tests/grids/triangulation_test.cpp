@@ -116,8 +116,8 @@ TEST(Triangulation, TheCurveOrderIsTheLibrarysOnOneThreadAndTwo) {
     // Scattered points, a grid of repeated places and whole rows on one y: ties of every kind.
     std::vector<invsetup::NumberedPoint> points;
     for (int k = 0; k < 60000; ++k) {
-        const double x = k % 3 == 0 ? 10.0 * (k % 70) : 500000 + (k * 7919 % 100003) * 0.37;
-        const double y = k % 5 == 0 ? 6200000.0 : 6200000 + (k * 104729 % 99991) * 0.41;
+        const double x = k % 3 == 0 ? 10.0 * (k % 70) : 500000 + (static_cast<long long>(k) * 7919 % 100003) * 0.37;
+        const double y = k % 5 == 0 ? 6200000.0 : 6200000 + (static_cast<long long>(k) * 104729 % 99991) * 0.41;
         points.push_back({x, y, k});
     }
     using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
