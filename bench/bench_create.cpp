@@ -18,6 +18,7 @@
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
+#include "stage_clock.h"
 #include "test_support.h"
 
 namespace {
@@ -90,24 +91,9 @@ int main(int argc, char** argv) {
                 static_cast<double>(fs::file_size(folder / "topo.csv")) / 1e6);
 
     const std::clock_t cpu_start = std::clock();
-    const auto start = std::chrono::steady_clock::now();
     invsetup::HeadlessDialogue dialogue;
     invsetup::Session session(dialogue);
-    // Each stage line with the seconds since the start, to see where the time goes.
-    std::string stages;
-    std::size_t seen = 0;
-    session.form.subscribe([&](const invsetup::Control& control, invsetup::ControlProperty property) {
-        if (property != invsetup::ControlProperty::value || control.declared->name != "Text_progress") return;
-        if (control.text.size() < seen) seen = 0;
-        const double at = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        std::size_t end;
-        while ((end = control.text.find("\r\n", seen)) != std::string::npos) {
-            char stamp[32];
-            std::snprintf(stamp, sizeof stamp, "%7.3f s  ", at);
-            stages += stamp + control.text.substr(seen, end - seen) + "\n";
-            seen = end + 2;
-        }
-    });
+    const StageClock stage_clock(session.form);
     session.working_directory = folder;
     invsetup::initialise_inversion_form(session);
     dialogue.file_answers.push_back((folder / "survey.inp").string());
@@ -116,10 +102,10 @@ int main(int argc, char** argv) {
     session.form.set_text("Dir1", folder.string());
     session.form.set_text("Text_directory_name", "run");
     if (status == 0) status = invsetup::create_command(session, 0);
-    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double wall = stage_clock.seconds();
     const double cpu = static_cast<double>(std::clock() - cpu_start) / CLOCKS_PER_SEC;
 
-    std::cout << stages;
+    std::cout << stage_clock.stages();
     for (const std::string& message : dialogue.messages) std::cout << "message: " << message << '\n';
     std::printf("create: %.2f s wall, %.2f s processor, status %d\n", wall, cpu, status);
     for (const char* name : {"mesh", "model.sus", "mag.obs", "topo.dat"})

@@ -18,6 +18,7 @@
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
+#include "stage_clock.h"
 #include "test_support.h"
 
 namespace {
@@ -86,23 +87,9 @@ int main(int argc, char** argv) {
     fs::create_directories(folder);
     write_inputs(folder, readings);
 
-    const auto start = std::chrono::steady_clock::now();
     invsetup::HeadlessDialogue dialogue;
     invsetup::Session session(dialogue);
-    std::string stages;
-    std::size_t seen = 0;
-    session.form.subscribe([&](const invsetup::Control& control, invsetup::ControlProperty property) {
-        if (property != invsetup::ControlProperty::value || control.declared->name != "Text_progress") return;
-        if (control.text.size() < seen) seen = 0;
-        const double at = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        std::size_t end;
-        while ((end = control.text.find("\r\n", seen)) != std::string::npos) {
-            char stamp[32];
-            std::snprintf(stamp, sizeof stamp, "%7.3f s  ", at);
-            stages += stamp + control.text.substr(seen, end - seen) + "\n";
-            seen = end + 2;
-        }
-    });
+    const StageClock stage_clock(session.form);
     session.working_directory = folder;
     invsetup::initialise_inversion_form(session);
     dialogue.file_answers.push_back((folder / "coarse.msh").string());
@@ -117,11 +104,11 @@ int main(int argc, char** argv) {
     const auto read_done = std::chrono::steady_clock::now();
     if (status == 0) status = invsetup::create_command(session, 0);
     if (status == 2) status = invsetup::continue_tile_command(session);
-    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double wall = stage_clock.seconds();
 
-    std::cout << stages;
+    std::cout << stage_clock.stages();
     for (const std::string& message : dialogue.messages) std::cout << "message: " << message << '\n';
-    std::cout << "mesh and model read: " << std::chrono::duration<double>(read_done - start).count() << " s\n";
+    std::cout << "mesh and model read: " << std::chrono::duration<double>(read_done - stage_clock.start).count() << " s\n";
     std::cout << "tiles: " << session.definition.number_of_x_tiles << " x " << session.definition.number_of_y_tiles
               << ", status " << status << ", whole run " << wall << " s\n";
     std::uintmax_t bytes = 0;
