@@ -47,6 +47,13 @@ void copy_fixture(const fs::path& folder, const std::string& line, const std::st
     invsetup::testing::write_file_bytes(folder / "refine.inp", definition);
 }
 
+/// `invsetup create --quiet` of the definition in `folder` into `folder`/run, refined inside its
+/// coarse.msh, with the further `options`.
+CliRun create_refined(const fs::path& folder, const std::string& options = "") {
+    return run_cli("create " + quoted(folder / "refine.inp") + " " + quoted(folder / "run") + " --mesh " +
+                   quoted(folder / "coarse.msh") + options + " --quiet");
+}
+
 struct TiledRun {
     const char* fixture;
     /// The run-level files besides the expected ones: the refined model, its copy for the merge, the
@@ -66,9 +73,7 @@ TEST_P(RefinementRun, WritesEveryTileFolderAsWorkedOut) {
     const fs::path fixture = test_data("refine") / param.fixture;
     for (const char* name : {"coarse.msh", "coarse.sus", "obs.csv", "refine.inp"})
         fs::copy_file(fixture / name, dir.path() / name);
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --model " +
-                               quoted(dir.path() / "coarse.sus") + " --skip-tile 2,1 --quiet");
+    const CliRun run = create_refined(dir.path(), " --model " + quoted(dir.path() / "coarse.sus") + " --skip-tile 2,1");
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_EQ(run.err.find("The mesh file has been loaded and refinement mode is enabled\n"), 0u) << run.err;
     std::size_t warnings = 0;
@@ -148,8 +153,7 @@ namespace {
 TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
     TempDir dir;
     copy_fixture(dir.path(), "Tile order: 0 0 0", "Tile order: 1 1 1");
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --skip-tile 2,1 --quiet");
+    const CliRun run = create_refined(dir.path(), " --skip-tile 2,1");
     ASSERT_EQ(run.exit_code, 0) << run.err;
     // Rows from the top, right to left; the mark of tile (2, 1) is read for tile (1, 2).
     EXPECT_EQ(read_file_bytes(dir.path() / "run" / "iter_all.bat"),
@@ -189,8 +193,7 @@ namespace {
 TEST(RefinementRunExpanded, ExtractionsExpandTheInsertDoesNotAndTileModelsStayEmpty) {
     TempDir dir;
     copy_fixture(dir.path(), "Add mesh padding: 0 0", "Add mesh padding: 0 1");
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    const CliRun run = create_refined(dir.path());
     ASSERT_EQ(run.exit_code, 0) << run.err;
     const std::string batch = read_file_bytes(dir.path() / "run" / "tile0101.bat");
     EXPECT_NE(batch.find("Vorlextract ..\\mesh ..\\coarse.sus coarse.sus 2 6 2 6 1 5 -Expand\r\n"), std::string::npos);
@@ -246,8 +249,7 @@ namespace {
 TEST(RefinementRunWeighting, EachTileHasItsWeightingModelAndTheRunNone) {
     TempDir dir;
     copy_fixture(dir.path(), "Smoothness weighting: 0 16,8,4,2,1", "Smoothness weighting: 1 16,8");
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    const CliRun run = create_refined(dir.path());
     ASSERT_EQ(run.exit_code, 0) << run.err;
     EXPECT_FALSE(fs::exists(dir.path() / "run" / "w.dat"));
     // Tile (2, 2): 4 x 4 outer cells, the top 4 cells and the z blend of 1.
@@ -267,8 +269,7 @@ namespace {
 TEST(RefinementRunGravity, TileDataGoToAGrowingNameInTheRunDirectory) {
     TempDir dir;
     copy_fixture(dir.path(), "Inversion method: 3", "Inversion method: 2");
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --quiet");
+    const CliRun run = create_refined(dir.path());
     ASSERT_EQ(run.exit_code, 0) << run.err;
     std::string name = "iter_all.bat";
     for (int tile = 0; tile < 4; ++tile) {
@@ -297,9 +298,7 @@ TEST(RefinementRunSurface, TheModelsSurfaceBoundsTheRefinedBottom) {
             model.append(reinterpret_cast<const char*>(&value), sizeof value);
         }
     invsetup::testing::write_file_bytes(dir.path() / "coarse.bin", model);
-    const CliRun run = run_cli("create " + quoted(dir.path() / "refine.inp") + " " + quoted(dir.path() / "run") +
-                               " --mesh " + quoted(dir.path() / "coarse.msh") + " --model " +
-                               quoted(dir.path() / "coarse.bin") + " --quiet");
+    const CliRun run = create_refined(dir.path(), " --model " + quoted(dir.path() / "coarse.bin"));
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_NE(run.err.find("The bottom of the mesh refinement must be below the bottom of the topo: 100.0"),
               std::string::npos)
