@@ -59,6 +59,12 @@ struct Harness {
         emit combo->activated(row);
     }
     bool shown(const char* name, int index = no_index) { return !widget(name, index)->isHidden(); }
+    /// Reads `definition` through File > Read, with its folder as the working directory.
+    void read_definition(const fs::path& definition) {
+        session.working_directory = definition.parent_path();
+        dialogue.file_answers.push_back(definition.string());
+        window.binder().action("menu_read_file", 0)->trigger();
+    }
 };
 
 }  // namespace
@@ -199,9 +205,7 @@ private slots:
 
         Harness h;
         h.dialogue.answer_yes = false;  // as the command line answers
-        h.session.working_directory = dir.path();
-        h.dialogue.file_answers.push_back(definition.string());
-        h.window.binder().action("menu_read_file", 0)->trigger();
+        h.read_definition(definition);
         QVERIFY2(h.dialogue.messages.empty(), h.dialogue.messages.empty() ? "" : h.dialogue.messages.front().c_str());
         QCOMPARE(h.window.windowTitle(), QString("3D inversion setup: inversion.inp"));
 
@@ -230,9 +234,7 @@ private slots:
         const testing::TempDir dir;
         testing::copy_example("magnetic", dir.path());
         Harness h;
-        h.session.working_directory = dir.path();
-        h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
-        h.window.binder().action("menu_read_file", 0)->trigger();
+        h.read_definition(dir.path() / "inversion.inp");
         h.window.tabs()->setCurrentIndex(1);
         h.window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&h.window));
@@ -260,9 +262,7 @@ private slots:
         const testing::TempDir dir;
         testing::copy_example("magnetic", dir.path());
         Harness h;
-        h.session.working_directory = dir.path();
-        h.dialogue.file_answers.push_back((dir.path() / "inversion.inp").string());
-        h.window.binder().action("menu_read_file", 0)->trigger();
+        h.read_definition(dir.path() / "inversion.inp");
         h.window.resize(1200, 800);
         h.window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&h.window));
