@@ -233,6 +233,7 @@ public:
             if ((line_number++ % step_) != 0) continue;
             if ((line_number & 0xFFFF) == 0) dialogue.do_events();
             if (trim_view(line).empty()) continue;
+            file_line_ = std::max(settings_.first_line, 1) - 1 + line_number;
             take_line(line);
         }
         finish();
@@ -326,7 +327,7 @@ private:
         decode(split(line));
         if (is_null(x_) || is_null(y_)) return;
         if (count_only_) {
-            ++count_;
+            add_to_count(1);
             return;
         }
 
@@ -336,7 +337,8 @@ private:
             return;
 
         if (settings_.integration_interval > 0 && has_previous_ && previous_line_ == line_count_) densify();
-        ++count_;
+        add_to_count(1);
+        ++readings_;
         for (int c = 0; c < 3; ++c) {
             if (is_null(value_[static_cast<std::size_t>(c)])) continue;
             summary_.value_sum[static_cast<std::size_t>(c)] += value_[static_cast<std::size_t>(c)];
@@ -360,16 +362,44 @@ private:
         const double east = x_ - previous_x_, north = y_ - previous_y_;
         const double d = std::sqrt(east * east + north * north);
         if (!(d > interval)) return;
-        int n = to_integer(d / interval);
+        // A gap that would fill memory is a fault in the coordinates or the interval, not a survey:
+        // beyond a million points, more than a hundred per reading read so far are refused.
+        const double allowed = densify_floor + densify_per_reading * (readings_ + 1.0) - added_;
+        const double steps = d / interval;
+        if (!(steps < allowed + 2)) throw_gap_too_wide(d);
+        int n = to_integer(steps);
         if (d - interval / 10 > n * interval) ++n;
+        if (n < 2) return;
+        if (n - 1 > allowed) throw_gap_too_wide(d);
+        added_ += n - 1;
+        if (mode_ != location_fill_pass) {
+            add_to_count(n - 1);
+            return;
+        }
         const bool z_known = !is_null(z_) && !is_null(previous_z_);
         for (int m = 1; m < n; ++m) {
             const double t = static_cast<double>(m) / n;
-            ++count_;
-            if (mode_ == location_fill_pass)
-                store(previous_x_ + (x_ - previous_x_) * t, previous_y_ + (y_ - previous_y_) * t,
-                      z_known ? previous_z_ + (z_ - previous_z_) * t : null_value);
+            add_to_count(1);
+            store(previous_x_ + (x_ - previous_x_) * t, previous_y_ + (y_ - previous_y_) * t,
+                  z_known ? previous_z_ + (z_ - previous_z_) * t : null_value);
         }
+    }
+
+    [[noreturn]] void throw_gap_too_wide(double d) const {
+        throw std::runtime_error("The reading on line " + std::to_string(file_line_) + " lies " +
+                                 trim(number_to_text(d)) +
+                                 " from the one before it on its line: filling that gap at the integration "
+                                 "interval of " +
+                                 trim(number_to_text(settings_.integration_interval)) +
+                                 " would add more points than the survey can hold. Check the x and y columns "
+                                 "and the integration interval.");
+    }
+
+    void add_to_count(int n) {
+        if (count_ > std::numeric_limits<int>::max() - n)
+            throw std::runtime_error("The file holds more than " + std::to_string(std::numeric_limits<int>::max()) +
+                                     " readings.");
+        count_ += n;
     }
 
     void keep_range() {
@@ -407,7 +437,7 @@ private:
             sink_->take(record);
             return;
         }
-        if (count_ > capacity_) throw std::runtime_error("the file holds more readings than when it was counted");
+        if (count_ > capacity_) throw std::runtime_error("The file holds more readings than when it was counted: it changed while it was read.");
         const std::size_t n = static_cast<std::size_t>(count_ - 1);
         locations_[n * 3] = x;
         locations_[n * 3 + 1] = y;
@@ -449,7 +479,7 @@ private:
             return;
         }
         if (count_ != capacity_ || line_count_ != data_.line_names.size())
-            throw std::runtime_error("the file changed between its two readings");
+            throw std::runtime_error("The file changed between its two readings.");
         data_.count = count_;
         data_.line_starts[line_count_ + 1] = count_ + 1;
         if (settings_.label_column > 0) sort_labels();
@@ -501,6 +531,9 @@ private:
 
     bool has_previous_ = false;
     int previous_line_ = 0;
+    long long file_line_ = 0;
+    double readings_ = 0, added_ = 0;
+    static constexpr double densify_floor = 1e6, densify_per_reading = 100;
     double previous_x_ = 0, previous_y_ = 0, previous_z_ = 0;
 };
 
