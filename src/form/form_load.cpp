@@ -410,6 +410,12 @@ void load_mesh(Session& session) {
     }
     form.set_visible("Frame_refinement", refined);
     form.set_visible("Frame_mesh_sizes", !refined);
+    if (definition.add_mesh_padding == 1) {
+        // The totals with the padding just read, as an edit of the mesh would show them.
+        display_cell_counts(session, definition.mesh_cell_count[0], definition.mesh_cell_count[1],
+                            definition.mesh_cell_count[2], extra_count);
+        display_total_mesh(session, mesh_limits(definition));
+    }
     int x_cells_per_tile = 0, y_cells_per_tile = 0;
     determine_number_of_tiles(session, x_cells_per_tile, y_cells_per_tile);
     form.set_text("Text_number_x_tiles", integer_text(definition.number_of_x_tiles));

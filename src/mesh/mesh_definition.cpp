@@ -286,35 +286,39 @@ int unload_mesh(Session& session, int row, int anchor) {
         form.set_text("Text_number_y_tiles", format_picture(definition.number_of_y_tiles, "0"));
     }
 
-    if (definition.add_mesh_padding == 1) {
-        MeshPadding& padding = session.padding;
-        padding.padding_xy_sum = padding_sum(padding.padding_xy_texts, padding.num_padding_xy);
-        const double pad_x = padding.padding_xy_sum * limits.cell_size[0];
-        const double pad_y = padding.padding_xy_sum * limits.cell_size[1];
-        form.set_text("Text_min_east", general_number_text(limits.min_val[0] - pad_x));
-        form.set_text("Text_max_east", general_number_text(limits.max_val[0] + pad_x));
-        form.set_text("Text_range_east", general_number_text(limits.max_val[0] - limits.min_val[0] + 2 * pad_x));
-        form.set_text("Text_min_north", general_number_text(limits.min_val[1] - pad_y));
-        form.set_text("Text_max_north", general_number_text(limits.max_val[1] + pad_y));
-        form.set_text("Text_range_north", general_number_text(limits.max_val[1] - limits.min_val[1] + 2 * pad_y));
-        padding.padding_z_sum = padding_sum(padding.padding_z_texts, padding.num_padding_z);
-        form.set_text("Text_max_elev", form.text("Text_max_val", 2));
-        // The unpadded mesh runs from the Z core's top to the bottom of the non-uniform part.
-        const double top = limits.max_val[2];
-        const double bottom = limits.min_val[3];
-        if (limits.num_cells[3] == 0) {
-            const double pad_z = padding.padding_z_sum * limits.cell_size[2];
-            form.set_text("Text_min_elev", general_number_text(bottom - pad_z));
-            form.set_text("Text_range_elev", general_number_text(pad_z + top - bottom));
-        } else {
-            form.set_text("Text_min_elev", general_number_text(bottom));
-            form.set_text("Text_range_elev", general_number_text(top - bottom));
-        }
-    }
+    if (definition.add_mesh_padding == 1) display_total_mesh(session, limits);
     return 0;
 }
 
 }  // namespace
+
+void display_total_mesh(Session& session, const MeshLimits& limits) {
+    FormModel& form = session.form;
+    FormUpdate guard(form);
+    MeshPadding& padding = session.padding;
+    padding.padding_xy_sum = padding_sum(padding.padding_xy_texts, padding.num_padding_xy);
+    const double pad_x = padding.padding_xy_sum * limits.cell_size[0];
+    const double pad_y = padding.padding_xy_sum * limits.cell_size[1];
+    form.set_text("Text_min_east", general_number_text(limits.min_val[0] - pad_x));
+    form.set_text("Text_max_east", general_number_text(limits.max_val[0] + pad_x));
+    form.set_text("Text_range_east", general_number_text(limits.max_val[0] - limits.min_val[0] + 2 * pad_x));
+    form.set_text("Text_min_north", general_number_text(limits.min_val[1] - pad_y));
+    form.set_text("Text_max_north", general_number_text(limits.max_val[1] + pad_y));
+    form.set_text("Text_range_north", general_number_text(limits.max_val[1] - limits.min_val[1] + 2 * pad_y));
+    padding.padding_z_sum = padding_sum(padding.padding_z_texts, padding.num_padding_z);
+    form.set_text("Text_max_elev", form.text("Text_max_val", 2));
+    // The unpadded mesh runs from the Z core's top to the bottom of the non-uniform part.
+    const double top = limits.max_val[2];
+    const double bottom = limits.min_val[3];
+    if (limits.num_cells[3] == 0) {
+        const double pad_z = padding.padding_z_sum * limits.cell_size[2];
+        form.set_text("Text_min_elev", general_number_text(bottom - pad_z));
+        form.set_text("Text_range_elev", general_number_text(pad_z + top - bottom));
+    } else {
+        form.set_text("Text_min_elev", general_number_text(bottom));
+        form.set_text("Text_range_elev", general_number_text(top - bottom));
+    }
+}
 
 int unload_mesh_from_form(Session& session, int row, int anchor) {
     try {

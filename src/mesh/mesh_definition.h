@@ -44,6 +44,9 @@ int calculate_cell_counts(Session& session, int n_x, int n_y, int n_z, int n_non
 /// Writes the cell counts with padding into the form's total boxes.
 void display_cell_counts(Session& session, int n_x, int n_y, int n_z, int n_nonuniform);
 
+/// Writes the limits of the mesh with its padding into the Total Mesh boxes.
+void display_total_mesh(Session& session, const MeshLimits& limits);
+
 /// Fills the mesh limits from the form's mesh tab and recomputes what follows from them. `row` -1
 /// for all rows, or 0 to 2; `anchor` 1 keeps max_val and moves min_val, anything else keeps
 /// min_val. Returns 0, or -1 after one message.

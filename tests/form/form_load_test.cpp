@@ -217,6 +217,17 @@ TEST_F(LoadForm, GrowingZCellsSetTheMeshBottom) {
     load(4);
     EXPECT_EQ(form.text("Text_cell_size", 3), "1");
     EXPECT_EQ(form.text("Text_num_cells", 3), "0");
+
+    // With padding the totals show the padded mesh as read, before any edit.
+    record.add_mesh_padding = 1;
+    record.padding_multipliers = {"1,2", "1,2,4"};
+    load(4);
+    EXPECT_EQ(form.text("Text_num_x_cells"), "14");
+    EXPECT_EQ(form.text("Text_num_z_cells"), "13");
+    EXPECT_EQ(form.text("Text_min_east"), "-30");
+    EXPECT_EQ(form.text("Text_range_north"), "160");
+    EXPECT_EQ(form.text("Text_max_elev"), "0");
+    EXPECT_EQ(form.text("Text_min_elev"), "-170");
 }
 
 TEST_F(LoadForm, MeshGroupLeavesParameterControlsAlone) {
