@@ -18,9 +18,13 @@ trap 'rm -rf "$config"' EXIT
 for example in "$root"/examples/*/; do
     name="$(basename "$example")"
     mkdir -p "$out/$name"
+    # A refinement example starts as a user would: its existing mesh and model read first.
+    existing=()
+    [ -f "$example/coarse.msh" ] && existing+=(--mesh coarse.msh)
+    [ -f "$example/coarse.sus" ] && existing+=(--model coarse.sus)
     # The example's folder is the working directory, so that its relative file names resolve.
     (cd "$example" && XDG_CONFIG_HOME="$config" QT_QPA_PLATFORM=xcb \
-        xvfb-run -a -s "-screen 0 1600x1000x24" "$program" --screenshots "$out/$name" inversion.inp)
+        xvfb-run -a -s "-screen 0 1600x1000x24" "$program" --screenshots "$out/$name" "${existing[@]}" inversion.inp)
     rm -rf "$config"/*
     echo "$name: $(ls "$out/$name" | tr '\n' ' ')"
 done

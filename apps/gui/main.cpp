@@ -1,5 +1,6 @@
 // apps/gui/main.cpp - invsetup-gui: the desktop window. With a definition file named on the command
-// line the window starts with it read; --screenshots DIR saves a picture of each tab and of the
+// line the window starts with it read (after the existing inversion's mesh and model of --mesh and
+// --model, for a refinement run); --screenshots DIR saves a picture of each tab and of the
 // tiling layout there and ends.
 #include <QApplication>
 #include <QCommandLineParser>
@@ -26,6 +27,10 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("definition", "A definition file (.inp) to read at start");
     QCommandLineOption screenshots("screenshots", "Save a PNG of each tab in DIRECTORY and end", "DIRECTORY");
     parser.addOption(screenshots);
+    QCommandLineOption mesh("mesh", "An existing inversion's mesh to read first (refinement mode on)", "FILE");
+    parser.addOption(mesh);
+    QCommandLineOption model("model", "The existing inversion's model, read after its mesh", "FILE");
+    parser.addOption(model);
     QCommandLineOption size("size", "The window's size, WIDTHxHEIGHT", "SIZE", "1400x900");
     parser.addOption(size);
     parser.process(app);
@@ -38,7 +43,16 @@ int main(int argc, char** argv) {
         if (parts.size() == 2) window.resize(parts[0].toInt(), parts[1].toInt());
     }
     window.show();
+    dialogue.messages_to_error_stream = parser.isSet(screenshots);
 
+    // As the File menu reads them: the mesh first, so that a refined definition finds refinement mode on.
+    const auto read_named = [&](const QString& name, const char* menu_entry) {
+        dialogue.file_answers.push_back(QDir::current().absoluteFilePath(name).toStdString());
+        session.form.raise_change(menu_entry, 0);
+        dialogue.file_answers.clear();
+    };
+    if (parser.isSet(mesh)) read_named(parser.value(mesh), "menu_read_inversion_mesh");
+    if (parser.isSet(model)) read_named(parser.value(model), "menu_read_inversion_model");
     if (!parser.positionalArguments().isEmpty()) {
         const QString definition = QDir::current().absoluteFilePath(parser.positionalArguments().front());
         dialogue.file_answers.push_back(definition.toStdString());

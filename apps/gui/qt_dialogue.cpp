@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <cstdio>
 #include <QRegularExpression>
 #include <QVBoxLayout>
 
@@ -40,6 +41,10 @@ QString qt_file_filter(const std::string& filter) {
 }
 
 void QtDialogue::message_box(const std::string& text) {
+    if (messages_to_error_stream) {
+        std::fprintf(stderr, "%s\n", text.c_str());
+        return;
+    }
     QMessageBox::information(parent_, dialogue_caption, q(text));
 }
 

@@ -33,6 +33,8 @@ public:
     /// Answers for the next file choosers, taken before any chooser is shown (a definition named on
     /// the command line, a scripted run).
     std::deque<std::string> file_answers;
+    /// Messages go to the error stream instead of a box (a run that saves pictures and ends).
+    bool messages_to_error_stream = false;
 
 private:
     QPointer<QWidget> parent_;
