@@ -14,6 +14,7 @@
 #include "form/form_load.h"
 #include "session.h"
 #include "support/dialogue.h"
+#include "support/lines.h"
 
 namespace invsetup::testing {
 
@@ -40,6 +41,23 @@ std::string read_file_bytes(const std::filesystem::path& path) {
     std::ostringstream bytes;
     bytes << in.rdbuf();
     return bytes.str();
+}
+
+std::vector<std::string> lines_of(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::vector<std::string> lines;
+    for (std::string line; read_line(in, line);) lines.push_back(line);
+    return lines;
+}
+
+std::string output_of(const std::string& command) {
+    std::string text;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char buffer[4096];
+        while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) text.append(buffer, n);
+        pclose(pipe);
+    }
+    return text;
 }
 
 void write_file_bytes(const std::filesystem::path& path, const std::string& bytes) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "form/inversion_definition.h"
 
@@ -35,6 +36,10 @@ std::string read_file_bytes(const std::filesystem::path& path);
 void write_file_bytes(const std::filesystem::path& path, const std::string& bytes);
 /// A fixture below tests/data.
 std::filesystem::path test_data(const std::string& relative);
+/// The lines of a text file, without their ends.
+std::vector<std::string> lines_of(const std::filesystem::path& path);
+/// What a shell command writes on its output.
+std::string output_of(const std::string& command);
 
 /// The files and folders directly inside `folder`, by name.
 std::set<std::string> listing(const std::filesystem::path& folder);

@@ -17,17 +17,11 @@ namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::lines_of;
 using testing::read_file_bytes;
 using testing::TempDir;
 using testing::test_data;
 using testing::write_file_bytes;
-
-std::vector<std::string> lines_of(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::vector<std::string> lines;
-    for (std::string line; read_line(in, line);) lines.push_back(line);
-    return lines;
-}
 
 // Batch files of every kind a package holds: tile files with their jumps (forward model, sensitivity,
 // restart; the in-house one with several matrices and the cluster controller), the merge scripts

@@ -17,6 +17,7 @@ namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::output_of;
 using testing::read_file_bytes;
 using testing::TempDir;
 using testing::test_data;
@@ -27,16 +28,6 @@ std::string python_with_vtk() {
     for (const char* python : {"/usr/bin/python3", "python3"})
         if (std::system((std::string(python) + " -c 'import vtk' >/dev/null 2>&1").c_str()) == 0) return python;
     return "";
-}
-
-std::string output_of(const std::string& command) {
-    std::string text;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[4096];
-        while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) text.append(buffer, n);
-        pclose(pipe);
-    }
-    return text;
 }
 
 class VtkExport : public ::testing::Test {

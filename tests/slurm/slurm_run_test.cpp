@@ -18,27 +18,12 @@ namespace invsetup {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::lines_of;
+using testing::output_of;
 using testing::read_file_bytes;
 using testing::TempDir;
 using testing::test_data;
 using testing::write_file_bytes;
-
-std::vector<std::string> lines_of(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::vector<std::string> lines;
-    for (std::string line; read_line(in, line);) lines.push_back(line);
-    return lines;
-}
-
-std::string output_of(const std::string& command) {
-    std::string text;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[4096];
-        while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) text.append(buffer, n);
-        pclose(pipe);
-    }
-    return text;
-}
 
 class SlurmCluster : public ::testing::Test {
 protected:
