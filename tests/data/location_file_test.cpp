@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "session.h"
 #include "test_support.h"
 
@@ -38,91 +40,79 @@ struct ReadLocations : ::testing::Test {
     double z(int n) const { return data.locations(n, 3); }
 };
 
-TEST_F(ReadLocations, RepeatedHeaderAndBlankLinesAreSkippedSilently) {
-    settings.first_line = 2;
-    ASSERT_EQ(load("X,Y,Z,MAG\r\n1,2,3,4\r\n\r\nX,Y,Z,MAG\r\n5,6,7,8\r\n"), 0);
-    ASSERT_EQ(data.count, 2);
-    EXPECT_EQ(x(2), 5);
-    EXPECT_EQ(data.values(2, 1), 8.0f);
-    EXPECT_TRUE(dialogue.messages.empty());
-}
-
-TEST_F(ReadLocations, FirstDataLineSkipsTheLinesBeforeIt) {
-    settings.first_line = 3;  // the first two lines are not looked at, numeric or not
-    ASSERT_EQ(load("1 1 1 1\n2 2 2 2\n3 3 3 3\n"), 0);
-    ASSERT_EQ(data.count, 1);
-    EXPECT_EQ(x(1), 3);
-}
-
-TEST_F(ReadLocations, ReadStepThreeTakesTheFirstLineAndEveryThirdAfterIt) {
-    settings.first_line = 2;
-    settings.read_step = 3;
-    ASSERT_EQ(load("x y z v\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n6 0 0 0\n7 0 0 0\n"), 0);
-    ASSERT_EQ(data.count, 3);
-    EXPECT_EQ(x(1), 1);
-    EXPECT_EQ(x(2), 4);
-    EXPECT_EQ(x(3), 7);
-}
-
-TEST_F(ReadLocations, EveryLineEndIsALineEnd) {
-    ASSERT_EQ(load("1 1 1 1\r2 2 2 2\n3 3 3 3\r\n4 4 4 4"), 0);
-    EXPECT_EQ(data.count, 4);
-    EXPECT_EQ(x(4), 4);
-}
-
-TEST_F(ReadLocations, ALineWithBlanksAndCommasIsSplitAtTheCommas) {
-    ASSERT_EQ(load("1 ,2 , 3,  4 5\n"), 0);
-    ASSERT_EQ(data.count, 1);  // "4 5" is not a number: the record ends with x, y, z known
-    EXPECT_EQ(z(1), 3);
-    EXPECT_TRUE(is_null(data.values(1, 1)));
-}
-
-TEST_F(ReadLocations, QuotedFieldsAreRead) {
-    ASSERT_EQ(load("\"7\",8,9,\"1,5\"\n"), 0);
-    ASSERT_EQ(data.count, 1);
-    EXPECT_EQ(x(1), 7);
-    EXPECT_TRUE(is_null(data.values(1, 1)));  // "1,5" is one field and no number
-}
-
-TEST_F(ReadLocations, ANonNumericFieldEndsTheRecordInColumnOrder) {
-    settings.x_column = 3;
-    settings.y_column = 4;
-    settings.z_column = 0;
-    settings.value_columns = {1, 0, 0};
-    // The value comes first: "*" ends the record before x is read, so the line is no reading.
-    ASSERT_EQ(load("*,0,10,20\n5,0,11,21\n"), 0);
-    ASSERT_EQ(data.count, 1);
-    EXPECT_EQ(x(1), 11);
-    EXPECT_EQ(data.values(1, 1), 5.0f);
-}
-
-TEST_F(ReadLocations, WithoutAZColumnEveryElevationIsTheOffset) {
-    settings.z_column = 0;
-    settings.elevation_offset = 12.5f;
-    ASSERT_EQ(load("1 2 99 4\n"), 0);
-    EXPECT_EQ(z(1), 12.5);
-}
-
-TEST_F(ReadLocations, DepthsTurnIntoElevationsAndTheOffsetIsAdded) {
-    settings.z_sign_flag = 1;
-    settings.elevation_offset = 100;
-    ASSERT_EQ(load("1 2 30 4\n1 2 x 4\n"), 0);
-    ASSERT_EQ(data.count, 2);
-    EXPECT_EQ(z(1), 70);
-    EXPECT_TRUE(is_null(z(2)));  // a missing elevation stays null; the offset is not added to it
-    EXPECT_TRUE(is_null(data.values(2, 1)));
-}
-
-TEST_F(ReadLocations, NumbersFollowTheNumericRules) {
-    settings.z_column = 0;
-    settings.value_columns = {3, 0, 0};
-    ASSERT_EQ(load("+1.5 -2e2 1D2\n.5 3. 4x\n1e 2 3\n"), 0);
-    ASSERT_EQ(data.count, 2);
-    EXPECT_EQ(x(1), 1.5);
-    EXPECT_EQ(y(1), -200);
-    EXPECT_EQ(data.values(1, 1), 100.0f);
-    EXPECT_EQ(x(2), 0.5);
-    EXPECT_TRUE(is_null(data.values(2, 1)));
+// How lines are taken and cut into fields, and how each field's number is read: each case gives
+// the readings' x, z and first value in file order (N: null).
+TEST_F(ReadLocations, LinesAndFieldsBecomeReadings) {
+    constexpr double N = null_value;
+    const struct {
+        const char* name;
+        void (*set)(LocationFileSettings&);
+        const char* text;
+        std::vector<double> x, z, value;
+    } cases[] = {
+        {"a repeated header and blank lines are skipped silently", [](auto& s) { s.first_line = 2; },
+         "X,Y,Z,MAG\r\n1,2,3,4\r\n\r\nX,Y,Z,MAG\r\n5,6,7,8\r\n", {1, 5}, {3, 7}, {4, 8}},
+        {"the lines before the first data line are not looked at", [](auto& s) { s.first_line = 3; },
+         "1 1 1 1\n2 2 2 2\n3 3 3 3\n", {3}, {3}, {3}},
+        {"a read step of 3 takes the first line and every third after it",
+         [](auto& s) {
+             s.first_line = 2;
+             s.read_step = 3;
+         },
+         "x y z v\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n6 0 0 0\n7 0 0 0\n", {1, 4, 7}, {0, 0, 0},
+         {0, 0, 0}},
+        {"every line end is one", [](auto&) {}, "1 1 1 1\r2 2 2 2\n3 3 3 3\r\n4 4 4 4", {1, 2, 3, 4},
+         {1, 2, 3, 4}, {1, 2, 3, 4}},
+        // "4 5" is not a number: the record ends with x, y, z known.
+        {"a line with blanks and commas is split at the commas", [](auto&) {}, "1 ,2 , 3,  4 5\n", {1}, {3}, {N}},
+        {"quoted fields are read, a quoted comma inside one", [](auto&) {}, "\"7\",8,9,\"1,5\"\n", {7}, {9}, {N}},
+        // The value comes first: "*" ends the record before x is read, so the line is no reading.
+        {"a field that is no number ends the record in column order",
+         [](auto& s) {
+             s.x_column = 3;
+             s.y_column = 4;
+             s.z_column = 0;
+             s.value_columns = {1, 0, 0};
+         },
+         "*,0,10,20\n5,0,11,21\n", {11}, {0}, {5}},
+        {"without a z column every elevation is the offset",
+         [](auto& s) {
+             s.z_column = 0;
+             s.elevation_offset = 12.5f;
+         },
+         "1 2 99 4\n", {1}, {12.5}, {4}},
+        // A missing elevation stays null: the offset is not added to it.
+        {"depths turn into elevations and the offset is added",
+         [](auto& s) {
+             s.z_sign_flag = 1;
+             s.elevation_offset = 100;
+         },
+         "1 2 30 4\n1 2 x 4\n", {1, 1}, {70, N}, {4, N}},
+        {"numbers follow the numeric rules",
+         [](auto& s) {
+             s.z_column = 0;
+             s.value_columns = {3, 0, 0};
+         },
+         "+1.5 -2e2 1D2\n.5 3. 4x\n1e 2 3\n", {1.5, 0.5}, {0, 0}, {100, N}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        settings = LocationFileSettings{};
+        SetUp();
+        c.set(settings);
+        dialogue.messages.clear();
+        ASSERT_EQ(load(c.text), 0);
+        EXPECT_TRUE(dialogue.messages.empty());
+        ASSERT_EQ(data.count, static_cast<int>(c.x.size()));
+        for (int n = 1; n <= data.count; ++n) {
+            const std::size_t k = static_cast<std::size_t>(n - 1);
+            EXPECT_EQ(x(n), c.x[k]) << "reading " << n;
+            if (is_null(c.z[k])) EXPECT_TRUE(is_null(z(n))) << "reading " << n;
+            else EXPECT_EQ(z(n), c.z[k]) << "reading " << n;
+            if (is_null(c.value[k])) EXPECT_TRUE(is_null(data.values(n, 1))) << "reading " << n;
+            else EXPECT_EQ(data.values(n, 1), static_cast<float>(c.value[k])) << "reading " << n;
+        }
+    }
 }
 
 TEST_F(ReadLocations, TransformAndLimitsApplyToEachReading) {
