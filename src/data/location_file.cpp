@@ -15,6 +15,7 @@
 
 #include "session.h"
 #include "support/files.h"
+#include "support/memory.h"
 #include "support/text.h"
 
 namespace invsetup {
@@ -460,6 +461,7 @@ private:
             summary_.value_mean[c] =
                 summary_.value_count[c] > 0 ? summary_.value_sum[c] / summary_.value_count[c] : 0.0;
         if (mode_ == location_count_pass) {
+            require_memory();
             data_ = LocationData{};
             data_.count = count_;
             data_.line_count = line_count_;
@@ -483,6 +485,19 @@ private:
         data_.count = count_;
         data_.line_starts[line_count_ + 1] = count_ + 1;
         if (settings_.label_column > 0) sort_labels();
+    }
+
+    /// The tables of the filling pass must fit in the memory the system can give now.
+    void require_memory() const {
+        const double per_reading = 3 * sizeof(double) + 3 * sizeof(float) + sizeof(int) +
+                                   (settings_.extra_value_column > 0 ? sizeof(double) : 0) +
+                                   (settings_.label_column > 0 ? sizeof(int) : 0);
+        const double bytes = per_reading * count_;
+        const double available = available_memory_bytes();
+        if (available > 0 && bytes > available)
+            throw std::runtime_error("The file holds " + count_text(count_) + " readings" +
+                                     (added_ > 0 ? " with the points densifying adds" : "") + ", " +
+                                     bytes_text(bytes) + "; " + bytes_text(available) + " is available.");
     }
 
     /// Labels in sorted order, each once; every reading keeps the index of its label there.
