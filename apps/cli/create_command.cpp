@@ -18,6 +18,7 @@
 #include "create/size_estimate.h"
 #include "create/survey_check.h"
 #include "form/form_load.h"
+#include "form/tiling_tab.h"
 #include "cluster_options.h"
 #include "session.h"
 #include "size_report.h"

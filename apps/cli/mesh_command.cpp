@@ -9,8 +9,8 @@
 
 #include "commands/commands.h"
 #include "form/form_load.h"
+#include "form/mesh_tab.h"
 #include "mesh/inversion_mesh.h"
-#include "mesh/mesh_definition.h"
 #include "modelfiles/mesh_file_read.h"
 #include "modelfiles/mesh_file_write.h"
 #include "session.h"

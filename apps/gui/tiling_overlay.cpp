@@ -10,9 +10,9 @@
 
 #include "commands/create_commands.h"
 #include "commands/form_commands.h"
+#include "form/tiling_tab.h"
 #include "form_binder.h"
 #include "grids/grid_picture.h"
-#include "mesh/tiling_view.h"
 #include "picture_view.h"
 #include "session.h"
 #include "support/files.h"

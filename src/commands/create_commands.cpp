@@ -7,6 +7,7 @@
 #include "create/shell_twin.h"
 #include "definition/definition_checks.h"
 #include "definition/parameter_file.h"
+#include "form/tiling_tab.h"
 #include "session.h"
 #include "support/files.h"
 #include "support/text.h"

@@ -11,7 +11,7 @@
 #include "form/column_definitions.h"
 #include "form/field_validators.h"
 #include "form/form_load.h"
-#include "mesh/tiling_view.h"
+#include "form/tiling_tab.h"
 #include "modelfiles/mesh_file_read.h"
 #include "session.h"
 #include "support/files.h"

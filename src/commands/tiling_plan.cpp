@@ -2,8 +2,8 @@
 #include "commands/tiling_plan.h"
 
 #include "commands/data_pictures.h"
+#include "form/tiling_tab.h"
 #include "grids/plan_raster.h"
-#include "mesh/tiling_view.h"
 #include "session.h"
 #include "support/files.h"
 #include "support/text.h"

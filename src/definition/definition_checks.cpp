@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "form/mesh_tab.h"
 #include "grids/grid_file.h"
 #include "mesh/inversion_mesh.h"
 #include "mesh/mesh_definition.h"

@@ -4,8 +4,8 @@
 
 #include "form/column_definitions.h"
 #include "form/field_validators.h"
+#include "form/mesh_tab.h"
 #include "form/method_behaviour.h"
-#include "mesh/mesh_definition.h"
 #include "session.h"
 
 namespace invsetup {

@@ -7,8 +7,8 @@
 
 #include "form/column_definitions.h"
 #include "form/field_validators.h"
+#include "form/mesh_tab.h"
 #include "grids/grid_access.h"
-#include "mesh/mesh_definition.h"
 #include "mesh/tile_layout.h"
 #include "session.h"
 #include "support/files.h"

@@ -166,7 +166,7 @@ bool outside(double value, double low, double high) { return value < low || valu
 
 /// Refinement mode: checks and snaps the limits against the loaded mesh and builds the mesh that keeps
 /// the loaded cells outside them. Returns -1 after a message when a limit is outside the loaded core.
-int build_refined_mesh(Session& session, InversionMesh& mesh) {
+int build_refined_mesh(Session& session, InversionMesh& mesh, const MeshSteps& steps) {
     InversionDefinition& definition = session.definition;
     MeshLimits limits = mesh_limits(definition);
     const LoadedMesh& loaded = session.loaded_mesh;
@@ -231,22 +231,9 @@ int build_refined_mesh(Session& session, InversionMesh& mesh) {
     limits.num_cells[2] = to_integer((limits.max_val[2] - limits.min_val[2]) / limits.cell_size[2]);
     limits.num_cells[3] = 0;
     limits.min_val[3] = limits.min_val[2];
-    {
-        FormModel& form = session.form;
-        FormUpdate guard(form);
-        for (int row = 0; row <= 2; ++row) {
-            form.set_text("Text_min_val", row, general_number_text(limits.min_val[row]));
-            form.set_text("Text_max_val", row, general_number_text(limits.max_val[row]));
-            limits.num_cells[row] = to_integer((limits.max_val[row] - limits.min_val[row]) / limits.cell_size[row]);
-            form.set_text("Text_num_cells", row, std::to_string(limits.num_cells[row]));
-        }
-        form.set_text("Text_num_cells", 3, "0");
-        form.set_text("Text_num_cells", 4, std::to_string(limits.num_cells[2]));
-        form.set_text("Text_min_val", 3, format_picture(limits.min_val[3], "0.0"));
-        display_cell_counts(session, limits.num_cells[0], limits.num_cells[1], limits.num_cells[2], limits.num_cells[3]);
-        for (int row = 0; row <= 2; ++row)
-            form.set_text("Text_max_val", row + 3, general_number_text(limits.max_val[row] - limits.min_val[row]));
-    }
+    for (int row = 0; row <= 2; ++row)
+        limits.num_cells[row] = to_integer((limits.max_val[row] - limits.min_val[row]) / limits.cell_size[row]);
+    if (steps.refined_limits) steps.refined_limits(limits);
 
     // The loaded cells outside the limits stay as they are.
     mesh.nx = limits.num_cells[0] + mesh.core_x_first - 1 + loaded.nx + 1 - mesh.core_x_last;
@@ -290,7 +277,7 @@ int build_refined_mesh(Session& session, InversionMesh& mesh) {
 
 }  // namespace
 
-int determine_inversion_mesh(Session& session) {
+int build_inversion_mesh(Session& session, const MeshSteps& steps) {
     try {
         InversionDefinition& definition = session.definition;
         MeshLimits limits = mesh_limits(definition);
@@ -310,16 +297,12 @@ int determine_inversion_mesh(Session& session) {
             return 0;
         }
 
-        if (build_refined_mesh(session, mesh) != 0) return -1;
+        if (build_refined_mesh(session, mesh, steps) != 0) return -1;
         session.mesh = std::move(mesh);
         int x_cells_per_tile = 0;
         int y_cells_per_tile = 0;
         determine_number_of_tiles(session, x_cells_per_tile, y_cells_per_tile);
-        {
-            FormUpdate guard(session.form);
-            session.form.set_text("Text_number_x_tiles", format_picture(definition.number_of_x_tiles, "0"));
-            session.form.set_text("Text_number_y_tiles", format_picture(definition.number_of_y_tiles, "0"));
-        }
+        if (steps.tile_counts) steps.tile_counts();
         const LoadedMesh& loaded = session.loaded_mesh;
         lay_out_tiles(session.mesh, LoadedNodes{loaded.x_nodes, loaded.nx, loaded.y_nodes, loaded.ny}, definition,
                       session.tiles);

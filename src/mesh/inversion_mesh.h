@@ -1,13 +1,15 @@
 // src/mesh/inversion_mesh.h - the run's tensor mesh and the operation that builds it from the
-// form's mesh definition, in normal mode or refined inside a loaded mesh.
+// definition's mesh limits, in normal mode or refined inside a loaded mesh.
 #pragma once
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "support/array1.h"
 
 namespace invsetup {
 struct Session;
+struct MeshLimits;
 
 /// The computed mesh. Arrays count from 1; metres. Cell i lies between node i and node i + 1.
 /// z_nodes fall from the top of the mesh; z_nodes_up holds the same elevations rising.
@@ -46,10 +48,20 @@ double level_tolerance(const InversionMesh& mesh);
 /// z falling from z_nodes[1]; fills the centres and z_nodes_up.
 void lay_nodes(InversionMesh& mesh);
 
+/// What a caller shows while a refined mesh is built, each at its moment: the limits once they sit on
+/// the loaded mesh's nodes (before the mesh is laid), the tile counts once they are known (before the
+/// tiles are laid out). Either may be empty.
+struct MeshSteps {
+    std::function<void(const MeshLimits&)> refined_limits;
+    std::function<void()> tile_counts;
+};
+
 /// Builds session.mesh from the definition's mesh limits, the padding lists and, in refinement mode,
 /// session.loaded_mesh and the tile settings (then lays out the tiles too). Returns 0, or -1: counts
 /// not positive (silently), a refined limit outside the loaded core (after its message), or a fault
-/// (after the trap's message). The in-house method's Z limits are shifted to a top of 0 first.
-int determine_inversion_mesh(Session& session);
+/// (after the trap's message). The in-house method's Z limits are shifted to a top of 0 first. The
+/// form's operation, which shows the refined limits and tile counts, is determine_inversion_mesh
+/// (src/form/mesh_tab.h).
+int build_inversion_mesh(Session& session, const MeshSteps& steps = {});
 
 }  // namespace invsetup

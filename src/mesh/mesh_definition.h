@@ -1,4 +1,5 @@
-// src/mesh/mesh_definition.h - the mesh as the form defines it: limits, cell counts and padding.
+// src/mesh/mesh_definition.h - the mesh as the form defines it: limits, cell counts and padding, in
+// numbers (the Mesh tab that shows them is src/form/mesh_tab.h).
 #pragma once
 #include <array>
 #include <string>
@@ -34,28 +35,13 @@ struct MeshPadding {
     int total_x_cells = 0, total_y_cells = 0, total_z_cells = 0;
 };
 
-/// Reads both padding lists from the form when padding is on. Returns the status of the last parse
-/// (0 when padding is off); counts stay 0 when off.
-int decode_padding_cells(Session& session);
-/// Decodes the padding and sets the totals with padding. Z padding counts only without a
-/// non-uniform part. Returns the decode status.
-int calculate_cell_counts(Session& session, int n_x, int n_y, int n_z, int n_nonuniform);
-
-/// Writes the cell counts with padding into the form's total boxes.
-void display_cell_counts(Session& session, int n_x, int n_y, int n_z, int n_nonuniform);
-
-/// Writes the limits of the mesh with its padding into the Total Mesh boxes.
-void display_total_mesh(Session& session, const MeshLimits& limits);
-
-/// Fills the mesh limits from the form's mesh tab and recomputes what follows from them. `row` -1
-/// for all rows, or 0 to 2; `anchor` 1 keeps max_val and moves min_val, anything else keeps
-/// min_val. Returns 0, or -1 after one message.
-int unload_mesh_from_form(Session& session, int row, int anchor);
-
-/// The Update buttons of the mesh tab: below 3 one row; 3 or more all rows and the mesh.
-void command_update(Session& session, int index);
-
-/// Registers the change handlers of the mesh tab's text boxes.
-void register_mesh_behaviour(Session& session);
+/// Decodes both padding lists of the definition (padding_multipliers) when padding is on. Returns
+/// the status of the last parse (0 when padding is off); counts stay 0 when off.
+int decode_padding(Session& session);
+/// The totals with padding of a mesh of n_x, n_y, n_z core cells and n_nonuniform cells below: Z
+/// padding counts only without a non-uniform part.
+void count_padded_cells(MeshPadding& padding, int n_x, int n_y, int n_z, int n_nonuniform);
+/// The sums of the multipliers of both decoded padding lists (padding_xy_sum, padding_z_sum).
+void sum_padding(MeshPadding& padding);
 
 }  // namespace invsetup

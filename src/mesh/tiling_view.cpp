@@ -1,6 +1,8 @@
 // src/mesh/tiling_view.cpp - the plan view of the mesh and its tiles as a list of lines.
 #include "mesh/tiling_view.h"
 
+#include <cstddef>
+
 #include "grids/grid_access.h"
 #include "grids/interval_search.h"
 #include "mesh/inversion_mesh.h"
@@ -43,10 +45,6 @@ void draw_mesh_rectangle(TilingView& view, double x_min, double x_max, double y_
     draw_mesh_line(view, x_min, x_min, y_max, y_min, colour, 1, style);
 }
 
-bool tile_inside_counts(const Session& session, int i, int j) {
-    return i >= 1 && j >= 1 && i <= session.definition.number_of_x_tiles && j <= session.definition.number_of_y_tiles;
-}
-
 /// The core region: the core nodes of the mesh; in refinement mode the refined area, whose limits
 /// the mesh has snapped to the loaded nodes (the core node indices then count the loaded mesh).
 std::array<double, 4> core_region(const Session& session) {
@@ -62,6 +60,10 @@ std::string total_cells_text(const Session& session) {
 }
 
 }  // namespace
+
+bool tile_in_layout(const Session& session, int i, int j) {
+    return i >= 1 && j >= 1 && i <= session.definition.number_of_x_tiles && j <= session.definition.number_of_y_tiles;
+}
 
 void mesh_to_view(const TilingView& view, double x, double y, double& px, double& py) {
     px = (x - view.view_x_min) * view.view_scale + view.view_left;
@@ -81,20 +83,15 @@ void mesh_points_to_view(const TilingView& view, std::vector<double>& x, std::ve
     }
 }
 
-void draw_tiling_layout(Session& session) {
+bool place_tiling_view(Session& session, int region) {
     TilingView& view = session.tiling_view;
     const InversionMesh& mesh = session.mesh;
     const InversionDefinition& d = session.definition;
-    const TileTable& tiles = session.tiles;
-    FormModel& form = session.form;
     view.lines.clear();
 
-    int region = form.list_index("Combo_view_limits");
     if (region < 0) region = 0;
     if (!refined(session) && region == 2) region = 1;
-    form.set_visible("Frame_cells", !view.tile_choice);
-    form.set_visible("Frame_do_tile", view.tile_choice);
-    if (mesh.nx < 1 || mesh.ny < 1) return;
+    if (mesh.nx < 1 || mesh.ny < 1) return false;
 
     if (region == 0) {
         view.view_x_min = mesh.x_nodes[1];
@@ -129,7 +126,7 @@ void draw_tiling_layout(Session& session) {
 
     const double span_x = view.view_x_max - view.view_x_min;
     const double span_y = view.view_y_max - view.view_y_min;
-    if (!(span_x > 0) || !(span_y > 0)) return;
+    if (!(span_x > 0) || !(span_y > 0)) return false;
     const double aspect = span_x / span_y;
     if (aspect >= view.width / view.height) {
         view.view_left = 10;
@@ -139,11 +136,19 @@ void draw_tiling_layout(Session& session) {
         view.view_left = (view.width - (view.height - 20) * aspect) / 2;
     }
     view.view_scale = (view.width - 2 * view.view_left) / span_x;
+    return true;
+}
 
-    form.set_visible("Frame_tiling_layout", true);
+void draw_tiling_lines(Session& session) {
+    TilingView& view = session.tiling_view;
+    const InversionMesh& mesh = session.mesh;
+    const InversionDefinition& d = session.definition;
+    const TileTable& tiles = session.tiles;
     view.panels[5] = total_cells_text(session);
 
     // The frame round the region.
+    const double span_x = view.view_x_max - view.view_x_min;
+    const double span_y = view.view_y_max - view.view_y_min;
     const double left = view.view_left, top = view.view_top;
     const double right = left + span_x * view.view_scale, bottom = top + span_y * view.view_scale;
     add_line(view, left, right, top, top, view_colour_default, 1, LineStyle::solid);
@@ -245,108 +250,33 @@ void tiling_pointer_move(Session& session, double px, double py) {
     }
 }
 
-void tiling_mouse_up(Session& session) {
+bool choose_hover_tile(Session& session) {
     TilingView& view = session.tiling_view;
-    if (!view.tile_choice || !tile_inside_counts(session, view.hover_tile_x, view.hover_tile_y)) return;
+    if (!view.tile_choice || !tile_in_layout(session, view.hover_tile_x, view.hover_tile_y)) return false;
     view.chosen_tile_x = view.hover_tile_x;
     view.chosen_tile_y = view.hover_tile_y;
-    FormModel& form = session.form;
-    form.set_caption("Check_do_tile", "Skip Tile X" + format_picture(view.chosen_tile_x, "00") + " Y" +
-                                          format_picture(view.chosen_tile_y, "00"));
-    const bool updating = form.updating_form;
-    form.updating_form = true;
-    form.set_checked("Check_do_tile", session.tiles.tile_skip(view.chosen_tile_x, view.chosen_tile_y) == 1);
-    form.updating_form = updating;
-    form.set_visible("Check_do_tile", true);
-}
-
-void tiling_check_do_tile(Session& session) {
-    TilingView& view = session.tiling_view;
-    if (!tile_inside_counts(session, view.chosen_tile_x, view.chosen_tile_y)) return;
-    int& mark = session.tiles.tile_skip(view.chosen_tile_x, view.chosen_tile_y);
-    const int value = session.form.checked("Check_do_tile") ? 1 : 0;
-    if (mark != value) mark = value;
-    draw_tiling_layout(session);
-}
-
-bool switch_tile_off(Session& session, int i, int j) {
-    if (!tile_inside_counts(session, i, j)) return false;
-    TilingView& view = session.tiling_view;
-    const bool choice = view.tile_choice;
-    view.tile_choice = true;
-    view.hover_tile_x = i;
-    view.hover_tile_y = j;
-    tiling_mouse_up(session);
-    const bool updating = session.form.updating_form;
-    session.form.updating_form = true;
-    session.form.set_checked("Check_do_tile", true);
-    session.form.updating_form = updating;
-    tiling_check_do_tile(session);
-    view.tile_choice = choice;
     return true;
 }
 
-bool tiling_spin(Session& session, int index, bool up) {
-    TilingView& view = session.tiling_view;
-    if (view.updating_clip) return false;
-    InversionDefinition& d = session.definition;
-    FormModel& form = session.form;
-    const bool overlay = (index >= 0 && index <= 3) || index == 10 || index == 11;
-    if (refined(session) && (index == 10 || index == 11)) {
-        d.tile_overlap += up ? 1 : -1;
-        form.set_text("Text_tile_overlap", format_picture(d.tile_overlap, "0"));
-        return true;
-    }
-    // Which limits move: per axis 0 x, 1 y, 2 z; the minimum, the maximum, or both.
-    struct Move {
-        int axis;
-        bool minimum;
-    };
-    std::vector<Move> moves;
-    switch (index) {
-        case 0: case 4: moves = {{0, true}}; break;
-        case 1: case 5: moves = {{0, false}}; break;
-        case 2: case 6: moves = {{1, true}}; break;
-        case 3: case 7: moves = {{1, false}}; break;
-        case 8: moves = {{2, true}}; break;
-        case 9: moves = {{2, false}}; break;
-        case 10: moves = {{0, true}, {0, false}}; break;
-        case 11: moves = {{1, true}, {1, false}}; break;
-        default: return false;
-    }
-    MeshLimits limits = mesh_limits(d);
-    for (const Move& move : moves) {
-        const std::size_t n = static_cast<std::size_t>(move.axis);
-        int step = 1;
-        if (refined(session) && session.loaded_mesh.loaded && limits.cell_size[n] > 0) {
-            const double loaded_size = move.axis == 0   ? session.loaded_mesh.core_dx
-                                       : move.axis == 1 ? session.loaded_mesh.core_dy
-                                                        : session.loaded_mesh.core_dz;
-            step = to_integer(loaded_size / limits.cell_size[n]);
-        }
-        // Down lowers a limit: the minimum by more cells, the maximum by fewer; up the mirror.
-        const bool grows = move.minimum != up;
-        if (!grows && limits.num_cells[n] <= 1) continue;
-        limits.num_cells[n] += grows ? step : -step;
-        if (move.minimum)
-            limits.min_val[n] = limits.max_val[n] - limits.num_cells[n] * limits.cell_size[n];
-        else
-            limits.max_val[n] = limits.num_cells[n] * limits.cell_size[n] + limits.min_val[n];
-        const int box = move.axis;
-        if (move.minimum)
-            form.set_text("Text_min_val", box, general_number_text(limits.min_val[n]));
-        else
-            form.set_text("Text_max_val", box, general_number_text(limits.max_val[n]));
-        form.set_text("Text_num_cells", box, format_picture(limits.num_cells[n], "0"));
-        form.set_text("Text_max_val", box + 3, general_number_text(limits.max_val[n] - limits.min_val[n]));
-    }
-    calculate_cell_counts(session, d.mesh_cell_count[0], d.mesh_cell_count[1], d.mesh_cell_count[2],
-                          d.mesh_cell_count[3]);
-    view.panels[5] = format_picture(session.padding.total_x_cells, "0") + "," +
-                     format_picture(session.padding.total_y_cells, "0");
-    view.updating_clip = true;
-    view.updating_clip = false;
-    return overlay;
+int spin_step(const Session& session, int axis) {
+    const double cell_size = session.definition.mesh_cell_size[static_cast<std::size_t>(axis)];
+    if (!refined(session) || !session.loaded_mesh.loaded || !(cell_size > 0)) return 1;
+    const LoadedMesh& loaded = session.loaded_mesh;
+    const double loaded_size = axis == 0 ? loaded.core_dx : axis == 1 ? loaded.core_dy : loaded.core_dz;
+    return to_integer(loaded_size / cell_size);
+}
+
+bool move_mesh_limit(const MeshLimits& limits, int axis, bool minimum, bool up, int step) {
+    const std::size_t n = static_cast<std::size_t>(axis);
+    // Down lowers a limit: the minimum by more cells, the maximum by fewer; up the mirror.
+    const bool grows = minimum != up;
+    if (!grows && limits.num_cells[n] <= 1) return false;
+    limits.num_cells[n] += grows ? step : -step;
+    if (minimum)
+        limits.min_val[n] = limits.max_val[n] - limits.num_cells[n] * limits.cell_size[n];
+    else
+        limits.max_val[n] = limits.num_cells[n] * limits.cell_size[n] + limits.min_val[n];
+    return true;
 }
 
 }  // namespace invsetup

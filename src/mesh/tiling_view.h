@@ -1,6 +1,6 @@
 // src/mesh/tiling_view.h - the plan view of the mesh and its tiles, without any toolkit: the view's
 // state, the list of lines a window (or the plan picture) paints, the pointer, the tile choice and
-// the spin controls that move the mesh limits.
+// the limits the spin controls move. The overlay's controls are handled in src/form/tiling_tab.h.
 #pragma once
 #include <array>
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 namespace invsetup {
 struct Session;
+struct MeshLimits;
 
 /// How a line is drawn.
 enum class LineStyle { solid, dotted, dashed };
@@ -56,11 +57,16 @@ struct TilingView {
     int create_mode = 0;
 };
 
-/// Draws the view of session.mesh (and, in refinement mode, its tiles) into session.tiling_view:
-/// region, scale and the line list. The definition must have been checked (the mesh built). With
-/// the definition's point transform on, the region is the map area round the mesh's region, and
-/// the mesh's lines are carried onto the map.
-void draw_tiling_layout(Session& session);
+/// Places the view of session.mesh in the picture: clears the line list and sets the region and the
+/// scale. `region` is the row of Combo_view_limits: 0 (or none, negative) the whole mesh, 1 the core,
+/// 2 the refined area (the core in standard mode). The definition must have been checked (the mesh
+/// built). With the definition's point transform on, the region is the map area round the mesh's
+/// region. False when there is nothing to show (no mesh, or an empty region).
+bool place_tiling_view(Session& session, int region);
+/// Draws the placed view's lines: the frame, the core, the mesh limits or, in refinement mode, the
+/// tiles and the marks of skipped tiles; on the map the mesh's lines are carried there. Panel 6 shows
+/// the mesh's cell counts.
+void draw_tiling_lines(Session& session);
 
 /// The coordinates of the view's region (map coordinates when the view is on the map) of a point of
 /// the picture.
@@ -75,19 +81,18 @@ void mesh_points_to_view(const TilingView& view, std::vector<double>& x, std::ve
 /// The pointer moved to (px, py) of the picture: the mesh coordinates (panels 1 and 2), on the map
 /// the map coordinates too (panels 3 and 4), the cell and the hover tile.
 void tiling_pointer_move(Session& session, double px, double py);
-/// The mouse button came up: with the tile choice open and a tile under the pointer, that tile is
-/// chosen and Check_do_tile shows its mark ("Skip Tile X01 Y02").
-void tiling_mouse_up(Session& session);
-/// Check_do_tile was clicked: the chosen tile takes the box's value as its mark, and the view is
-/// drawn again.
-void tiling_check_do_tile(Session& session);
-/// A tile switched off as the person does it: the pointer over tile (i, j) (x and y tile numbers from
-/// 1), the button up, then the "Skip Tile" box ticked. False when the tile is outside the layout.
-bool switch_tile_off(Session& session, int i, int j);
+/// Tile (i, j), x and y tile numbers from 1, lies within the layout's tile counts.
+bool tile_in_layout(const Session& session, int i, int j);
+/// The mouse button came up: with the tile choice open and a tile under the pointer, that tile
+/// becomes the chosen one. False when nothing was chosen.
+bool choose_hover_tile(Session& session);
 
-/// UpDown_clip(index) down (`up` false) or up: moves a mesh limit by a step of cells (the loaded
-/// mesh's cell in refinement mode), or in refinement mode changes the tile overlap (10 and 11).
-/// Returns true when the overlay's view is to be drawn again (indices 0 to 3, 10 and 11).
-bool tiling_spin(Session& session, int index, bool up);
+/// The cells a spin control moves a limit of `axis` (0 x, 1 y, 2 z) by: 1, or in refinement mode
+/// the loaded mesh's core cell over the refined cell.
+int spin_step(const Session& session, int axis);
+/// Moves the minimum (or maximum) limit of `axis` down (`up` false) or up by `step` cells: the count
+/// of cells follows, and the other limit stays. A move that would leave one cell or none is refused
+/// (false).
+bool move_mesh_limit(const MeshLimits& limits, int axis, bool minimum, bool up, int step);
 
 }  // namespace invsetup

@@ -10,7 +10,7 @@
 #include "commands/create_commands.h"
 #include "commands/refinement_commands.h"
 #include "form/form_load.h"
-#include "mesh/tiling_view.h"
+#include "form/tiling_tab.h"
 #include "session.h"
 #include "test_support.h"
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "form/mesh_tab.h"
 #include "session.h"
 
 namespace invsetup {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "form/mesh_tab.h"
 #include "grids/interval_search.h"
 #include "mesh/inversion_mesh.h"
 #include "session.h"

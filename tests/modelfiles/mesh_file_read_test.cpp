@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "form/mesh_tab.h"
 #include "mesh/inversion_mesh.h"
 #include "modelfiles/mesh_file_write.h"
 #include "session.h"

@@ -1,5 +1,5 @@
-// tests/mesh/mesh_definition_test.cpp - the mesh tab: unloading the rows, padding totals, handlers.
-#include "mesh/mesh_definition.h"
+// tests/form/mesh_tab_test.cpp - the mesh tab: unloading the rows, padding totals, handlers.
+#include "form/mesh_tab.h"
 
 #include <gtest/gtest.h>
 
