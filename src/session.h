@@ -8,6 +8,7 @@
 #include "form/form_model.h"
 #include "form/form_update.h"
 #include "data/observed_data.h"
+#include "data/progress_report.h"
 #include "data/topography.h"
 #include "form/inversion_definition.h"
 #include "grids/grid_access.h"
@@ -52,6 +53,9 @@ struct Session {
     TilingView tiling_view;
     LoadedMesh loaded_mesh;
     LoadedModel loaded_model;
+
+    /// Where the data stages report their progress (the form's progress controls).
+    ProgressReport progress_report;
 
     /// The readings and the surface of the current creation.
     ObservationBins bins;

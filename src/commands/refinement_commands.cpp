@@ -87,7 +87,10 @@ int read_inversion_model_command(Session& session) {
     const std::optional<std::string> choice = session.dialogue.choose_file(request);
     if (!choice) return 1;
     const std::string file = chosen_path(session, *choice);
+    // The progress bar is in view while the model is read.
+    session.form.set_visible("ProgressBar_load_ubc_model", true);
     const int status = load_model(session, file);
+    session.form.set_visible("ProgressBar_load_ubc_model", false);
     if (!session.working_directory_changed) session.working_directory = kept;
     if (status < 0) return -1;
     session.original_model_name = file;

@@ -27,7 +27,7 @@ bool is_dummy_elevation(double z) {
 }
 
 void show_label(Session& session, const char* text) {
-    session.form.set_caption("Label_progress", no_index, text);
+    session.progress_report.report_stage(text);
     session.dialogue.do_events();
 }
 
@@ -355,7 +355,7 @@ int grid_topo_from_file(Session& session, const std::string& file_name) {
 int grid_topography(Session& session) {
     const InversionDefinition& definition = session.definition;
     if (definition.data_file_kinds[1] != 0) {
-        session.form.set_visible("ProgressBar_load_ubc_model", true);
+        session.progress_report.report_bar();
         return grid_topo_from_file(session, definition.data_file_names[1]);
     }
     // One pass over the file straight into the surface's points: a counting pass and the whole file's
@@ -378,7 +378,7 @@ int grid_topography(Session& session) {
         return -1;
     }
     show_label(session, "Grid topo data");
-    session.form.set_visible("ProgressBar_load_ubc_model", true);
+    session.progress_report.report_bar();
     try {
         return points->grid(session);
     } catch (const std::exception& fault) {

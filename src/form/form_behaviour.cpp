@@ -124,9 +124,22 @@ void register_plain_value_handlers(Session& session) {
     });
 }
 
+/// The data stages report into the progress label, the progress bar and the progress log.
+void connect_progress_report(Session& session) {
+    ProgressReport& report = session.progress_report;
+    report.stage = [&session](const std::string& text) { session.form.set_caption("Label_progress", no_index, text); };
+    report.show_bar = [&session] { session.form.set_visible("ProgressBar_load_ubc_model", true); };
+    report.log = [&session](const std::string& line) {
+        std::string progress = session.form.text("Text_progress");
+        progress += line;
+        session.form.set_text("Text_progress", std::move(progress));
+    };
+}
+
 }  // namespace
 
 void register_form_behaviour(Session& session) {
+    connect_progress_report(session);
     register_method_behaviour(session);
     register_field_validators(session);
     register_options_and_pairs(session);

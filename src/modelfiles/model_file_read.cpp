@@ -375,21 +375,15 @@ void condition_values(Session& session, LoadedModel& model);
 int load_model(Session& session, const std::string& file_name) {
     LoadedModel& model = session.loaded_model;
     clear_model(model);
-    session.form.set_visible("ProgressBar_load_ubc_model", true);
     const int status = read_model_file(session.dialogue, file_name, session.loaded_mesh, model);
-    if (status < 0) {
-        session.form.set_visible("ProgressBar_load_ubc_model", false);
-        return status;
-    }
+    if (status < 0) return status;
     try {
         condition_values(session, model);
     } catch (const std::exception& fault) {
         session.dialogue.message_box("An error occurred while reading the model file : \n" + std::string(fault.what()));
-        session.form.set_visible("ProgressBar_load_ubc_model", false);
         return -1;
     }
     model.loaded = true;
-    session.form.set_visible("ProgressBar_load_ubc_model", false);
     return 0;
 }
 
