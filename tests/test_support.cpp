@@ -103,6 +103,25 @@ void write_small_survey_files(const fs::path& folder) {
     write_file_bytes(folder / "topo.csv", topography);
 }
 
+LoadedMesh coarse_mesh() {
+    LoadedMesh mesh;
+    mesh.loaded = true;
+    mesh.nx = mesh.ny = mesh.nz = 10;
+    mesh.dx.assign(10, 100.0);
+    mesh.dy.assign(10, 100.0);
+    mesh.dz.assign(10, 50.0);
+    mesh.x_nodes.assign(11);
+    mesh.y_nodes.assign(11);
+    mesh.z_nodes.assign(11);
+    for (int i = 1; i <= 11; ++i) {
+        mesh.x_nodes[i] = 100.0 * (i - 1);
+        mesh.y_nodes[i] = 100.0 * (i - 1);
+        mesh.z_nodes[i] = -50.0 * (i - 1);
+    }
+    mesh.pad_x_low = mesh.pad_x_high = mesh.pad_y_low = mesh.pad_y_high = mesh.pad_z_low = mesh.pad_z_high = 0;
+    return mesh;
+}
+
 int load_definition(Session& session, HeadlessDialogue& dialogue, const InversionFields& definition,
                     const fs::path& file) {
     save_inversion_parameters(definition, "small survey", file);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "form/inversion_definition.h"
+#include "modelfiles/mesh_file_read.h"
 
 namespace invsetup {
 struct Session;
@@ -95,6 +96,9 @@ inline InversionFields small_survey(const std::array<double, 3>& low, const std:
 /// a fifth farther from the middle of column (1, 1), and a flat topography at 50 m on points 20 m and
 /// 40 m apart that reach 10 m past the mesh.
 void write_small_survey_files(const std::filesystem::path& folder);
+
+/// A coarse loaded mesh: 10 cells of 100 m in X and Y from 0, 10 cells of 50 m down from 0, no padding.
+LoadedMesh coarse_mesh();
 
 /// Saves `definition` as `file` and reads it into the session as the File menu does, the file's
 /// folder the working directory. Returns the read's status.

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "mesh/inversion_mesh.h"
 #include "session.h"
+#include "test_support.h"
 
 namespace invsetup {
 namespace {
@@ -105,6 +107,38 @@ TEST_F(MeshTab, HandlerIgnoresChangesBelowOneTenth) {
     form.set_text("Text_min_val", 0, "100");
     EXPECT_EQ(session.definition.mesh_min[0], 100);
     EXPECT_EQ(form.text("Text_max_val", 0), "1000");
+}
+
+// A refined mesh shows on the tab the limits it snapped to the loaded nodes, its counts and tiles;
+// building it alone leaves the tab as typed.
+TEST_F(MeshTab, RefinedMeshShowsItsSnappedLimitsAndTiles) {
+    InversionDefinition& d = session.definition;
+    session.loaded_mesh = testing::coarse_mesh();
+    d.refinement_mode = 1;
+    d.add_mesh_padding = 0;
+    d.mesh_min = {250, 200, -200, -200};
+    d.mesh_max = {750, 800, 0, 0};
+    d.mesh_cell_size = {25, 25, 25, 1};
+    d.mesh_cell_count = {20, 24, 8, 0};
+    d.x_tile_size = d.y_tile_size = 16;
+    d.tile_overlap = 2;
+    d.tile_z_blend = 1;
+    ASSERT_EQ(build_inversion_mesh(session), 0);
+    EXPECT_EQ(form.text("Text_min_val", 0), "0");
+    EXPECT_EQ(form.text("Text_number_x_tiles"), "");
+
+    ASSERT_EQ(determine_inversion_mesh(session), 0) << (dialogue.messages.empty() ? "" : dialogue.messages[0]);
+    const std::pair<const char*, int> shown[] = {{"Text_min_val", 0}, {"Text_max_val", 0}, {"Text_num_cells", 0},
+                                                 {"Text_min_val", 1}, {"Text_max_val", 1}, {"Text_num_cells", 1},
+                                                 {"Text_min_val", 2}, {"Text_max_val", 2}, {"Text_num_cells", 2},
+                                                 {"Text_min_val", 3}, {"Text_num_cells", 3}, {"Text_num_cells", 4},
+                                                 {"Text_max_val", 3}, {"Text_max_val", 4}, {"Text_max_val", 5},
+                                                 {"Text_num_cells", 5}, {"Text_num_cells", 8}, {"Text_num_z_cells", -1}};
+    std::string texts;
+    for (const auto& [name, index] : shown) texts += form.text(name, index) + " ";
+    EXPECT_EQ(texts, "200 700 20 200 800 24 -200 0 8 -200.0 0 8 500 600 200 20 3840 8 ");
+    EXPECT_EQ(form.text("Text_number_x_tiles"), "2");
+    EXPECT_EQ(form.text("Text_number_y_tiles"), "2");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "form/mesh_tab.h"
 #include "session.h"
 
 namespace invsetup {
@@ -25,7 +24,7 @@ struct NormalMesh : ::testing::Test {
 };
 
 TEST_F(NormalMesh, WithoutPaddingTheCoreIsTheWholeMesh) {
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     const InversionMesh& m = session.mesh;
     EXPECT_EQ(m.nx, 10);
     EXPECT_EQ(m.core_x_first, 1);
@@ -41,7 +40,7 @@ TEST_F(NormalMesh, WithoutPaddingTheCoreIsTheWholeMesh) {
 TEST_F(NormalMesh, PaddingPutsTheLastListItemOutside) {
     session.definition.add_mesh_padding = 1;
     session.definition.padding_multipliers = {"1,2,4,8", "1,2", ""};
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     const InversionMesh& m = session.mesh;
     EXPECT_EQ(m.nx, 18);
     EXPECT_EQ(m.dx[1], 800);
@@ -70,7 +69,7 @@ TEST_F(NormalMesh, NonUniformPartGrowsFromItsSecondCellAndReplacesZPadding) {
     d.mesh_cell_count[3] = 3;
     d.mesh_cell_size[3] = 2;
     d.mesh_min[3] = 430;
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     const InversionMesh& m = session.mesh;
     EXPECT_EQ(m.nx, 10);  // an empty list is no padding
     EXPECT_EQ(m.nz, 53);
@@ -85,7 +84,7 @@ TEST_F(NormalMesh, NonUniformPartGrowsFromItsSecondCellAndReplacesZPadding) {
 TEST_F(NormalMesh, BadPaddingListLeavesNoPaddingOnThatAxis) {
     session.definition.add_mesh_padding = 1;
     session.definition.padding_multipliers = {"1,0,2", "1,2", ""};
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     EXPECT_EQ(session.mesh.nx, 10);
     EXPECT_EQ(session.mesh.mesh_x_min, 0);
     EXPECT_EQ(session.mesh.nz, 52);
@@ -95,7 +94,7 @@ TEST_F(NormalMesh, BadPaddingListLeavesNoPaddingOnThatAxis) {
 TEST_F(NormalMesh, SeventeenPaddingItemsEndInTheTrap) {
     session.definition.add_mesh_padding = 1;
     session.definition.padding_multipliers = {"1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1", "", ""};
-    EXPECT_EQ(determine_inversion_mesh(session), -1);
+    EXPECT_EQ(build_inversion_mesh(session), -1);
     EXPECT_EQ(dialogue.messages.size(), 1u);
 }
 
@@ -104,7 +103,7 @@ TEST_F(NormalMesh, InHouseMethodMovesTheTopToZeroInTheRecordOnly) {
     session.definition.mesh_min = {0, 0, 0, 0};
     session.definition.mesh_cell_count[2] = 100;
     session.form.set_text("Text_max_val", 2, "1000");
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     EXPECT_EQ(session.mesh.z_nodes[1], 0);
     EXPECT_EQ(session.mesh.mesh_z_bottom, -1000);
     EXPECT_EQ(session.definition.mesh_max[2], 0);
@@ -113,9 +112,9 @@ TEST_F(NormalMesh, InHouseMethodMovesTheTopToZeroInTheRecordOnly) {
 }
 
 TEST_F(NormalMesh, CountNotPositiveFailsSilentlyAndKeepsTheOldMesh) {
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     session.definition.mesh_cell_count[1] = 0;
-    EXPECT_EQ(determine_inversion_mesh(session), -1);
+    EXPECT_EQ(build_inversion_mesh(session), -1);
     EXPECT_TRUE(dialogue.messages.empty());
     EXPECT_EQ(session.mesh.nx, 10);
 }

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "form/mesh_tab.h"
 #include "mesh/inversion_mesh.h"
 #include "modelfiles/mesh_file_write.h"
 #include "session.h"
@@ -67,7 +66,7 @@ TEST_F(MeshRead, WrittenMeshReadsBackWithTheSameNodes) {
     d.mesh_max = {513345.5, 7013345.25, 400, 0};
     d.mesh_cell_size = {25, 25, 12.5, 1.3};
     d.mesh_cell_count = {40, 40, 16, 4};
-    ASSERT_EQ(determine_inversion_mesh(session), 0);
+    ASSERT_EQ(build_inversion_mesh(session), 0);
     const InversionMesh& written = session.mesh;
     MeshFileRequest request = whole_mesh_request(written);
     request.write_extended = true;
