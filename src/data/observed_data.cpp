@@ -677,9 +677,9 @@ int process_inversion_data(Session& session, const PointTransform& working_trans
         if (status < 0) return -1;
 
         if (list.shift_count > 0) {
-            session.progress_report.report_line("Number of data points shifted: " + format_picture(list.shift_count, "0") +
-                                                " average shift: " +
-                                                format_picture(list.shift_sum / list.shift_count, "0.0") + "\r\n");
+            session.progress_report.report_line(
+                "Number of data points shifted: " + format_picture(list.shift_count, "0") +
+                " average shift: " + format_picture(list.shift_sum / list.shift_count, "0.0") + "\r\n");
         }
         if (bins.bin_total < 10) {
             session.dialogue.message_box("Warning: The number of inversion data defined is only " +

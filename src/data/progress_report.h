@@ -5,8 +5,8 @@
 
 namespace invsetup {
 
-/// Where the stages that read data, grid the surface or read a model report as they go: the stage
-/// under way, the progress bar brought into view, a line added to the progress log. The session
+/// Where the stages that read the data and grid the surface report as they go: the stage under way,
+/// the progress bar brought into view, a line added to the progress log. The session
 /// holds one, which the form connects to its progress controls; an empty one reports nothing.
 struct ProgressReport {
     std::function<void(const std::string&)> stage;
