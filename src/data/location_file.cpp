@@ -388,7 +388,7 @@ private:
 
     [[noreturn]] void throw_gap_too_wide(double d) const {
         throw std::runtime_error("The reading on line " + std::to_string(file_line_) + " lies " +
-                                 trim(number_to_text(d)) +
+                                 format_picture(d, "0.0") +
                                  " from the one before it on its line: filling that gap at the integration "
                                  "interval of " +
                                  trim(number_to_text(settings_.integration_interval)) +

@@ -185,7 +185,7 @@ TEST_F(ReadLocations, DensifyingFillsGapsAlongALine) {
     // A gap of millions of intervals is a fault in the file, refused before memory is asked for it.
     EXPECT_EQ(load("0 0 0 1 A\n10 0 20 2 A\n25 5500550013.0 0 3 A\n"), -1);
     ASSERT_EQ(dialogue.messages.size(), 1u);
-    EXPECT_NE(dialogue.messages[0].find("points.csv: The reading on line 3 lies 5500550013 from the one before it"),
+    EXPECT_NE(dialogue.messages[0].find("points.csv: The reading on line 3 lies 5500550013.0 from the one before it"),
               std::string::npos)
         << dialogue.messages[0];
 }
