@@ -13,7 +13,9 @@ namespace invsetup {
 namespace {
 
 using testing::TempDir;
+using testing::lines_of;
 using testing::read_file_bytes;
+using testing::test_data;
 
 ParameterRecord read_text(const std::string& text, int group = 0, ParameterRecord record = {}) {
     std::istringstream file(text);
@@ -31,76 +33,9 @@ std::string file_text(const std::vector<std::string>& lines) {
     return text;
 }
 
-// Expected text worked out from the layout of the file, not from the writer.
+// The expected file is worked out from the layout of the file, not from the writer.
 TEST(ParameterFileLines, DefaultDefinitionLineByLine) {
-    const std::vector<std::string> expected = {
-        "Version 3.0",
-        "Inversion method: 4",
-        "Inversion mode: 0",
-        "Refinement Mode: 0 ! 0=simple, 1=refined",
-        "X Range: 0.000000 0.0000000 0.0000000 0.0000000",
-        "Y Range: 0.000000 0.0000000 0.0000000 0.0000000",
-        "Z Range: 0.000000 0.0000000 0.0000000 0.0000000 0.0000000 0.0000000",
-        "Add mesh padding: 1 1",
-        "X/Y padding: 1,2,4,8",
-        "Z padding: 1,2,4,8,16",
-        "Smoothness weighting: 0 16,8,4,2,1",
-        "Trade-off parameter: 1",
-        "Misfit tolerance: 0.02",
-        "Maximum iterations: 0",
-        "Obs data types  : 1 -1 -1",
-        "Line azimuth: 0.0",
-        "Background removal  : 0 0.0000 0.0000E",
-        "Positivity flag: 0",
-        "Data file type: 0 ! 0=point, 1=grid",
-        "Obs data file  : ",
-        "Topo data file : ",
-        "Obs data grid  : ",
-        "Obs 2 data grid: ",
-        "Obs 3 data grid: ",
-        "Sensor grid    : ",
-        "Obs data definitions: 0 0 0 0 0 0 0 0 0 0 0",
-        "Number of Obs data per cell: 1 0.0000",
-        "Obs data base value: 0.0000",
-        "Obs data scale value: 0.0000",
-        "Sensor height definitions: -1 0.00 0.00",
-        "Error percent and floor: 0 0",
-        "Topo data definitions: 0 0 0 0 0 0",
-        "Topo type: 0",
-        "Topo offset: 0.00",
-        "Topo shift option: 1",
-        "Initial model: null",
-        "Reference model: null",
-        "Weighting model: null",
-        "Model Bounds: null",
-        "Model Upper Bounds: null",
-        "Rock Property Model: ",
-        "Rock properties application: 0",
-        "Alpha method: 0",
-        "Alpha mode: 1",
-        "Alpha values: 0.0001 1 1 1",
-        "Depth weighting: 0 0 3.00 0.000 0",
-        "Wavelet definitions: 1 3 1.00 0.00100",
-        "Mag field: 0.00 0.00 0.00",
-        "Grav3D V2: 30 1.000 50",
-        "Number of Threads: 0",
-        "Output Debug Information: 0",
-        "X tile size: 128",
-        "Y tile size: 128",
-        "Tile overlap: 20",
-        "Tile X/Y blend: 10",
-        "Tile Z blend: 5",
-        "Tile order: 0 0 0",
-        "Tile min points: 0",
-        "Tile use reference: 1",
-        "Tile coarse model: 2",
-        "Include regional mesh: 0",
-        "Use Cluster Controller: 1",
-        "[Comments]",
-    };
-    const std::vector<std::string> lines = parameter_file_lines(InversionFields{}, "");
-    ASSERT_EQ(lines.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(lines[i], expected[i]) << "line " << i + 1;
+    EXPECT_EQ(parameter_file_lines(InversionFields{}, ""), lines_of(test_data("definition/default_v3.inp")));
 }
 
 TEST(ParameterFileLines, MeshRowsCalculationTypesAndTransformSection) {
