@@ -146,10 +146,6 @@ TEST(RefinementRunOptions, RefusesATileOutsideTheLayoutAndSkipsWithoutAMesh) {
     EXPECT_EQ(run_cli(check + " --model " + quoted(dir.path() / "coarse.sus")).exit_code, 2);  // needs --mesh
 }
 
-}  // namespace
-
-namespace {
-
 TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
     TempDir dir;
     copy_fixture(dir.path(), "Tile order: 0 0 0", "Tile order: 1 1 1");
@@ -160,11 +156,6 @@ TEST(RefinementRunOrder, ByRowFromTopRightReadsTheMarksTheOtherWayRound) {
               "rem Num data 6\r\ncall tile0202.bat\r\nrem Num data 6\r\nrem call tile0102.bat\r\n\r\n"
               "rem Num data 6\r\ncall tile0201.bat\r\nrem Num data 6\r\ncall tile0101.bat\r\n\r\n");
 }
-
-}  // namespace
-
-
-namespace {
 
 TEST(PlanCommand, WritesTheTilingLayoutAsAPicture) {
     TempDir dir;
@@ -184,11 +175,6 @@ TEST(PlanCommand, WritesTheTilingLayoutAsAPicture) {
     EXPECT_EQ(image.at(20, 20), (invsetup::Rgba{255, 255, 255, 255}));
     EXPECT_EQ(run_cli("plan " + quoted(fixture / "refine.inp") + " --skip-tile 1,1 -o x.png").exit_code, 2);
 }
-
-}  // namespace
-
-namespace {
-
 
 TEST(RefinementRunExpanded, ExtractionsExpandTheInsertDoesNotAndTileModelsStayEmpty) {
     TempDir dir;
@@ -242,10 +228,6 @@ TEST(RefinementRunInHouse, TileMeshesKeepTheDrapeOfTheLoadedMesh) {
     }
 }
 
-}  // namespace
-
-namespace {
-
 TEST(RefinementRunWeighting, EachTileHasItsWeightingModelAndTheRunNone) {
     TempDir dir;
     copy_fixture(dir.path(), "Smoothness weighting: 0 16,8,4,2,1", "Smoothness weighting: 1 16,8");
@@ -262,10 +244,6 @@ TEST(RefinementRunWeighting, EachTileHasItsWeightingModelAndTheRunNone) {
     EXPECT_NE(input.find("0.0001 1 1 1\r\nw.dat\r\n0\r\n"), std::string::npos) << input;
 }
 
-}  // namespace
-
-namespace {
-
 TEST(RefinementRunGravity, TileDataGoToAGrowingNameInTheRunDirectory) {
     TempDir dir;
     copy_fixture(dir.path(), "Inversion method: 3", "Inversion method: 2");
@@ -280,10 +258,6 @@ TEST(RefinementRunGravity, TileDataGoToAGrowingNameInTheRunDirectory) {
     EXPECT_NE(read_file_bytes(dir.path() / "run" / "tile0101.bat").find("Vorlinsert mesh gzinv3d.den ..\\mesh ..\\gzinv3d.den "),
               std::string::npos);
 }
-
-}  // namespace
-
-namespace {
 
 TEST(RefinementRunSurface, TheModelsSurfaceBoundsTheRefinedBottom) {
     // A binary model whose top two layers are null (not above 0): its surface lies at 100, two 50 m

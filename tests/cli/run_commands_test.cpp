@@ -67,10 +67,6 @@ TEST(StartCommandLine, AFolderWithoutAPackageFails) {
     EXPECT_EQ(run_cli("start " + quoted(dir.path() / "nowhere")).exit_code, 1);
 }
 
-}  // namespace
-
-namespace {
-
 TEST(ClusterCommandLine, CreateAddsTheSlurmJobWithTheOptionsGiven) {
     TempDir dir;
     copy_example("gravity", dir.path() / "survey");
@@ -93,10 +89,6 @@ TEST(ClusterCommandLine, CreateAddsTheSlurmJobWithTheOptionsGiven) {
     EXPECT_NE(job.find(":00:00\n#SBATCH --partition"), std::string::npos) << job;
     EXPECT_NE(created.err.find("Slurm jobs (8 CPUs, 3072M, "), std::string::npos) << created.err;
 }
-
-}  // namespace
-
-namespace {
 
 TEST(ExportCommandLine, ListsTheFilesWrittenAndTellsWhatWasPassedOver) {
     TempDir dir;

@@ -113,22 +113,23 @@ TEST_F(MeshRead, RepeatRunningPastTheAxisIsCutBackSilently) {
     EXPECT_EQ(mesh.dy[1], 10);
 }
 
-TEST_F(MeshRead, BadWidthsAreReportedWithTheToken) {
-    EXPECT_EQ(read_text("3 1 1\n0 0 0\na*10 10\n10\n10\n"), -1);
-    EXPECT_EQ(read_text("3 1 1\n0 0 0\n10 10 10\n2*0\n10\n"), -1);
-    EXPECT_EQ(read_text("3 1 1\n0 0 0\n10 10 10\n10\n-4\n"), -1);
-    EXPECT_EQ(dialogue.messages, (std::vector<std::string>{"The x mesh cell multiple is invalid : a",
-                                                           "The y mesh cell multiple is not positive : 2",
-                                                           "The z mesh value is not positive : -4"}));
-    EXPECT_FALSE(mesh.loaded);
-}
-
 TEST_F(MeshRead, DamagedFilesAreRefusedWithTheirReasonBeforeAnythingIsTaken) {
     // "%F" stands for the file's path.
+    const std::string layered = "Layered\nNumber of north\n1 1 1 0 0\nEarth\n10\nSea\nAir\nNodes\n";
     const struct {
-        const char* text;
+        std::string text;
         const char* message;
     } cases[] = {
+        {"3 1 1\n0 0 0\na*10 10\n10\n10\n", "The x mesh cell multiple is invalid : a"},
+        {"3 1 1\n0 0 0\n10 10 10\n2*0\n10\n", "The y mesh cell multiple is not positive : 2"},
+        {"3 1 1\n0 0 0\n10 10 10\n10\n-4\n", "The z mesh value is not positive : -4"},
+        {"1\n100 0 10\n1\n0 50 5\n", "The mesh line is invalid : 100 0 10"},
+        {"title\nnot a mesh\n", "The format of the mesh file is invalid"},
+        {layered + "0 0 1\n", "An error occurred while reading the mesh file"},
+        {layered + "0 0 1\n10 0 1\n20 5 1\n30 5 1\n",
+         "The node table of the mesh file holds 4 different x positions where the mesh has 2 x nodes"},
+        {layered + "0 0 1\n10 0 1\n0 5 1\n10 7 1\n",
+         "The node table of the mesh file holds 3 different y positions where the mesh has 2 y nodes"},
         {"1 1 2\n0 0 0\n10\n10\n5\n",
          "Bad z cell 2 0.00 in the mesh file %F: every z cell needs a width above 0 (is it a mesh file, or did it "
          "end early?)"},
@@ -144,7 +145,8 @@ TEST_F(MeshRead, DamagedFilesAreRefusedWithTheirReasonBeforeAnythingIsTaken) {
          "The mesh file %F claims 1,000,000,000 x 1 x 1 cells, which take 1,000,000,002 values, but its 15 bytes can "
          "hold at most 8: the counts are wrong, or it is not a mesh file."},
         {"Layered\nNumber of north\n4000 4000 1 0 0\nEarth\n10\n",
-         "The mesh file %F claims 4,000 x 4,000 x 1 cells, which take 48,024,004 values, but its"},
+         "The mesh file %F claims 4,000 x 4,000 x 1 cells, which take 48,024,004 values, but its 9 bytes can hold "
+         "at most 5: the counts are wrong, or it is not a mesh file."},
         {"2000 2000 1\n0 0 0\n2000*10\n2000*10\n10\nTopography\n1 2 3\n",
          "The mesh file %F claims a topography of 2,001 x 2,001 nodes, but the 6 bytes after its heading can hold at "
          "most 3 values: the counts are wrong, or the file is damaged."},
@@ -170,7 +172,7 @@ TEST_F(MeshRead, DamagedFilesAreRefusedWithTheirReasonBeforeAnythingIsTaken) {
         }
         EXPECT_EQ(status, -1);
         ASSERT_EQ(dialogue.messages.size(), 1u);
-        EXPECT_EQ(dialogue.messages[0].substr(0, message.size()), message);
+        EXPECT_EQ(dialogue.messages[0], message);
         EXPECT_FALSE(mesh.loaded);
     }
 }
@@ -200,11 +202,6 @@ TEST_F(MeshRead, TwoAxisMesh) {
     EXPECT_EQ(mesh.dy[2], 100);
     EXPECT_EQ(mesh.z_nodes[6], -50);
     EXPECT_EQ(mesh.mesh_format, 0);
-}
-
-TEST_F(MeshRead, TwoAxisSegmentThatRunsBackwardsIsInvalid) {
-    EXPECT_EQ(read_text("1\n100 0 10\n1\n0 50 5\n"), -1);
-    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"The mesh line is invalid : 100 0 10"});
 }
 
 TEST_F(MeshRead, LayeredMeshWithNodeTable) {
@@ -237,25 +234,6 @@ TEST_F(MeshRead, TrapezoidTableCutShortIsRefused) {
               std::vector<std::string>{"The trapezoid node table of the mesh file ends after 10 of its 12 nodes"});
 }
 
-TEST_F(MeshRead, LayeredMeshWithABadNodeTableFails) {
-    const std::string head = "Layered\nNumber of north\n1 1 1 0 0\nEarth\n10\nSea\nAir\nNodes\n";
-    const struct {
-        const char* nodes;
-        const char* message;
-    } cases[] = {
-        {"0 0 1\n", "An error occurred while reading the mesh file"},
-        {"0 0 1\n10 0 1\n20 5 1\n30 5 1\n",
-         "The node table of the mesh file holds 4 different x positions where the mesh has 2 x nodes"},
-        {"0 0 1\n10 0 1\n0 5 1\n10 7 1\n",
-         "The node table of the mesh file holds 3 different y positions where the mesh has 2 y nodes"},
-    };
-    for (const auto& c : cases) {
-        dialogue.messages.clear();
-        EXPECT_EQ(read_text(head + c.nodes), -1) << c.nodes;
-        EXPECT_EQ(dialogue.messages, std::vector<std::string>{c.message}) << c.nodes;
-    }
-}
-
 TEST_F(MeshRead, InversionFileShowsTheOptionsThenHasNoCells) {
     EXPECT_EQ(read_text("12 34\n11, 9\n1.0, 1.0\n"), -1);
     EXPECT_EQ(dialogue.titles, std::vector<std::string>{"ResInv3D coordinate Option"});
@@ -269,11 +247,6 @@ TEST_F(MeshRead, CancelledInversionOptionsFailTheRead) {
     dialogue.cancel = true;
     EXPECT_EQ(read_text("title\n11 9\nNonuniform grid\n"), -1);
     EXPECT_EQ(dialogue.messages, std::vector<std::string>{"The inversion input has been cancelled"});
-}
-
-TEST_F(MeshRead, UnknownSecondLineIsAnInvalidFormat) {
-    EXPECT_EQ(read_text("title\nnot a mesh\n"), -1);
-    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"The format of the mesh file is invalid"});
 }
 
 TEST_F(MeshRead, VoxetAndVtkAreTurnedAwaySilently) {
