@@ -12,59 +12,34 @@ namespace {
 using testing::TempDir;
 using testing::write_file_bytes;
 
-class FindSidecar : public ::testing::Test {
-protected:
-    std::string touch(const std::string& name) {
-        write_file_bytes(dir.path() / name, "");
-        return (dir.path() / name).string();
+// Each row lays out files beside a picture; the first georeference found among them, or none.
+TEST(FindSidecar, EachKindTriesItsOwnNamesInOrder) {
+    const struct {
+        std::vector<const char*> files;
+        const char* image;
+        const char* found;
+    } cases[] = {
+        {{"map.tif", "map.tfw", "map.tifw"}, "map.tif", "map.tifw"},  // an added w comes first
+        {{"map.tfw", "map.tab"}, "map.tif", "map.tfw"},
+        // The one place where the kinds differ in order: TIFF tries ".grf" before ".egb", the rest after.
+        {{"map.egb", "map.grf"}, "map.tif", "map.grf"},
+        {{"map.egb", "map.grf"}, "map.jpg", "map.egb"},
+        {{"map.egb", "map.grf"}, "map.tga", "map.egb"},
+        // PNG has no world file names nor ".grf".
+        {{"map.pgw", "map.pngw.bak", "map.grf"}, "map.png", ""},
+        {{"map.pgw", "map.grf", "map.hdr"}, "map.png", "map.hdr"},
+        {{"a.bmw", "a.bpw"}, "a.bmp", "a.bpw"},
+        {{"b.jgw", "b.tab"}, "b.jpg", "b.jgw"},
+        {{"b.jgw", "b.tab", "b.jpw"}, "b.jpg", "b.jpw"},
+        {{"c.giw"}, "c.gif", "c.giw"},
+        {{"c.giw"}, "d.gif", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.image);
+        TempDir dir;
+        for (const char* name : c.files) write_file_bytes(dir.path() / name, "");
+        EXPECT_EQ(find_sidecar_file((dir.path() / c.image).string()), *c.found ? (dir.path() / c.found).string() : "");
     }
-    std::string image(const std::string& name) { return (dir.path() / name).string(); }
-    TempDir dir;
-};
-
-TEST_F(FindSidecar, AddedWComesFirst) {
-    touch("map.tif");
-    touch("map.tfw");
-    const std::string appended = touch("map.tifw");
-    EXPECT_EQ(find_sidecar_file(image("map.tif")), appended);
-}
-
-TEST_F(FindSidecar, TiffWorldFileBeatsTab) {
-    const std::string world = touch("map.tfw");
-    touch("map.tab");
-    EXPECT_EQ(find_sidecar_file(image("map.tif")), world);
-}
-
-// The one place where the kinds differ in order: TIFF tries ".grf" before ".egb", the rest after.
-TEST_F(FindSidecar, GrfBeforeEgbOnlyForTiff) {
-    touch("map.egb");
-    const std::string grf = touch("map.grf");
-    EXPECT_EQ(find_sidecar_file(image("map.tif")), grf);
-    EXPECT_EQ(find_sidecar_file(image("map.jpg")), image("map.egb"));
-    EXPECT_EQ(find_sidecar_file(image("map.tga")), image("map.egb"));
-}
-
-TEST_F(FindSidecar, PngHasNoWorldFileNamesNorGrf) {
-    touch("map.pgw");
-    touch("map.pngw.bak");
-    touch("map.grf");
-    EXPECT_EQ(find_sidecar_file(image("map.png")), "");
-    const std::string header = touch("map.hdr");
-    EXPECT_EQ(find_sidecar_file(image("map.png")), header);
-}
-
-TEST_F(FindSidecar, KindsTryTheirOwnWorldFileNamesInOrder) {
-    touch("a.bmw");
-    const std::string bpw = touch("a.bpw");
-    EXPECT_EQ(find_sidecar_file(image("a.bmp")), bpw);
-    const std::string jgw = touch("b.jgw");
-    touch("b.tab");
-    EXPECT_EQ(find_sidecar_file(image("b.jpg")), jgw);
-    const std::string jpw = touch("b.jpw");
-    EXPECT_EQ(find_sidecar_file(image("b.jpg")), jpw);
-    const std::string giw = touch("c.giw");
-    EXPECT_EQ(find_sidecar_file(image("c.gif")), giw);
-    EXPECT_EQ(find_sidecar_file(image("d.gif")), "");
 }
 
 class ReadSidecar : public ::testing::Test {
