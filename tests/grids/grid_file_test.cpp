@@ -191,56 +191,45 @@ TEST(GridHeaders, ValidityNeedsOrderedLimitsAndPositiveSpacings) {
     EXPECT_FALSE(valid_with([](GridHeader& h) { h.grid_reals[grid_real::y_spacing] = 0; }));
 }
 
-class GridWindows : public ::testing::Test {
-protected:
-    void SetUp() override {
-        // 10 x 8 nodes from (1005, 1925) to (1095, 1995), 10 apart; value column + 10 * row (from 0).
-        write_gdal_grid(path, "GTiff", 10, 8, 1000, 2000, 10, 10, ramp_values(10, 8));
-    }
-    GridWindow read(double x_min, double x_max, double y_min, double y_max, int expected_status = 0) {
+// A window takes the nodes on or just beyond its limits, cut at the grid's edge.
+TEST(GridWindows, LimitsTakeTheNodesOnOrBeyondThem) {
+    TempDir dir;
+    const auto path = dir.path() / "ramp.tif";
+    // 10 x 8 nodes from (1005, 1925) to (1095, 1995), 10 apart; value column + 10 * row (from 0).
+    write_gdal_grid(path, "GTiff", 10, 8, 1000, 2000, 10, 10, ramp_values(10, 8));
+    const struct {
+        double limits[4];  // x min, x max, y min, y max
+        int columns, rows;
+        double nodes[4];  // the window's own limits
+        float first;  // at node (1, 1)
+        int column, row;
+        float value;
+    } cases[] = {
+        {{1012, 1031, 1940, 1950}, 4, 3, {1005, 1035, 1935, 1955}, 10, 4, 3, 33},  // between nodes
+        {{1015, 1035, 1935, 1945}, 3, 2, {1015, 1035, 1935, 1945}, 11, 3, 2, 23},  // on nodes
+        {{500, 1020, 1990, 3000}, 3, 2, {1005, 1025, 1985, 1995}, 60, 2, 2, 71},   // past the edge
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.limits[0]);
         GridWindow window;
         int status = -9;
-        GRDRDGD(path.string(), window, x_min, x_max, 0, y_min, y_max, 0, status);
-        EXPECT_EQ(status, expected_status);
-        return window;
+        GRDRDGD(path.string(), window, c.limits[0], c.limits[1], 0, c.limits[2], c.limits[3], 0, status);
+        ASSERT_EQ(status, 0);
+        EXPECT_EQ(window.header.columns(), c.columns);
+        EXPECT_EQ(window.header.rows(), c.rows);
+        EXPECT_DOUBLE_EQ(window.header.x_min(), c.nodes[0]);
+        EXPECT_DOUBLE_EQ(window.header.x_max(), c.nodes[1]);
+        EXPECT_DOUBLE_EQ(window.header.y_min(), c.nodes[2]);
+        EXPECT_DOUBLE_EQ(window.header.y_max(), c.nodes[3]);
+        EXPECT_DOUBLE_EQ(window.header.x_spacing(), 10);
+        EXPECT_EQ(window.value(1, 1), c.first);
+        EXPECT_EQ(window.value(c.column, c.row), c.value);
     }
-    TempDir dir;
-    std::filesystem::path path = dir.path() / "ramp.tif";
-};
-
-TEST_F(GridWindows, LimitsBetweenNodesTakeTheNodesBeyond) {
-    const GridWindow window = read(1012, 1031, 1940, 1950);
-    EXPECT_EQ(window.header.columns(), 4);
-    EXPECT_EQ(window.header.rows(), 3);
-    EXPECT_DOUBLE_EQ(window.header.x_min(), 1005);
-    EXPECT_DOUBLE_EQ(window.header.x_max(), 1035);
-    EXPECT_DOUBLE_EQ(window.header.y_min(), 1935);
-    EXPECT_DOUBLE_EQ(window.header.y_max(), 1955);
-    EXPECT_DOUBLE_EQ(window.header.x_spacing(), 10);
-    EXPECT_EQ(window.value(1, 1), 10.0f);
-    EXPECT_EQ(window.value(4, 3), 33.0f);
-}
-
-TEST_F(GridWindows, LimitsOnNodesTakeNoMore) {
-    const GridWindow window = read(1015, 1035, 1935, 1945);
-    EXPECT_EQ(window.header.columns(), 3);
-    EXPECT_EQ(window.header.rows(), 2);
-    EXPECT_EQ(window.value(1, 1), 11.0f);
-}
-
-TEST_F(GridWindows, WindowIsCutAtTheGridEdge) {
-    const GridWindow window = read(500, 1020, 1990, 3000);
-    EXPECT_EQ(window.header.columns(), 3);
-    EXPECT_EQ(window.header.rows(), 2);
-    EXPECT_DOUBLE_EQ(window.header.x_min(), 1005);
-    EXPECT_DOUBLE_EQ(window.header.x_max(), 1025);
-    EXPECT_DOUBLE_EQ(window.header.y_min(), 1985);
-    EXPECT_DOUBLE_EQ(window.header.y_max(), 1995);
-    EXPECT_EQ(window.value(2, 2), 71.0f);
-}
-
-TEST_F(GridWindows, LimitsThatMissTheGridFail) {
-    const GridWindow window = read(2000, 3000, 1925, 1995, -1);
+    // Limits that miss the grid.
+    GridWindow window;
+    int status = -9;
+    GRDRDGD(path.string(), window, 2000, 3000, 0, 1925, 1995, 0, status);
+    EXPECT_EQ(status, -1);
     EXPECT_TRUE(window.empty());
 }
 
