@@ -14,68 +14,47 @@ using invsetup::testing::TempDir;
 
 namespace {
 
-std::vector<std::string> clean_lines(const std::string& bytes) {
+using Lines = std::vector<std::string>;
+
+/// Every line `read` takes from the bytes, until it says the input ended.
+Lines lines_by(bool (*read)(std::istream&, std::string&), const std::string& bytes) {
     std::istringstream in(bytes);
-    std::vector<std::string> lines;
-    std::string line;
-    while (read_clean_line(in, line)) lines.push_back(line);
+    Lines lines;
+    for (std::string line; read(in, line);) lines.push_back(line);
     return lines;
 }
 
+Lines clean_lines(const std::string& bytes) { return lines_by(read_clean_line, bytes); }
+
 }  // namespace
 
+// Every line end ends a line, blank lines stay, tabs become blanks and other control bytes vanish.
 TEST(ReadCleanLine, EveryLineEndEndsALine) {
-    const std::vector<std::string> expected{"a", "b", "c", "d"};
+    const Lines expected{"a", "b", "c", "d"};
     EXPECT_EQ(clean_lines("a\nb\nc\nd\n"), expected);
     EXPECT_EQ(clean_lines("a\r\nb\r\nc\r\nd\r\n"), expected);
     EXPECT_EQ(clean_lines("a\rb\rc\rd\r"), expected);
     EXPECT_EQ(clean_lines("a\r\nb\rc\nd"), expected);  // mixed, last line without an end
-}
-
-TEST(ReadCleanLine, BlankLinesStayAndEndOfInputStops) {
-    EXPECT_EQ(clean_lines("a\r\n\r\n\rb"), (std::vector<std::string>{"a", "", "", "b"}));
-    EXPECT_EQ(clean_lines("\n"), std::vector<std::string>{""});
+    EXPECT_EQ(clean_lines("a\r\n\r\n\rb"), (Lines{"a", "", "", "b"}));
+    EXPECT_EQ(clean_lines("\n"), Lines{""});
     EXPECT_TRUE(clean_lines("").empty());
-}
-
-TEST(ReadCleanLine, TabsBecomeBlanksAndOtherBytesVanish) {
-    EXPECT_EQ(clean_lines("a\tb\x01" "c\x7f\xe9" "d! \xb0" "comment\n"), std::vector<std::string>{"a bcd! comment"});
+    EXPECT_EQ(clean_lines("a\tb\x01" "c\x7f\xe9" "d! \xb0" "comment\n"), Lines{"a bcd! comment"});
 }
 
 TEST(ReadCleanLine, StopsAtTenThousandTwoHundredFortyCharacters) {
     const std::string longest(10240, 'x');
-    EXPECT_EQ(clean_lines(longest + "\n"), (std::vector<std::string>{longest, ""}));
-    EXPECT_EQ(clean_lines(longest + "yz"), (std::vector<std::string>{longest, "yz"}));
+    EXPECT_EQ(clean_lines(longest + "\n"), (Lines{longest, ""}));
+    EXPECT_EQ(clean_lines(longest + "yz"), (Lines{longest, "yz"}));
     // The cap counts kept characters: the tab's blank is the last, the dropped byte starts the next line.
-    EXPECT_EQ(clean_lines(std::string(10239, 'x') + "\t\x01\n"), (std::vector<std::string>{std::string(10239, 'x') + " ", ""}));
+    EXPECT_EQ(clean_lines(std::string(10239, 'x') + "\t\x01\n"), (Lines{std::string(10239, 'x') + " ", ""}));
 }
 
-TEST(ReadNonblankLine, SkipsBlankLinesAndReturnsTheLineAsRead) {
-    std::istringstream in("\r\n   \r\n  12 3 \r\n\t\n");
-    std::string line;
-    ASSERT_TRUE(read_nonblank_line(in, line));
-    EXPECT_EQ(line, "  12 3 ");
-    EXPECT_FALSE(read_nonblank_line(in, line));
-}
-
-TEST(ReadUncommentedLine, SkipsCommentsAndBlankLinesAndTrims) {
-    std::istringstream in("! header\r\n# note\r\n\r\n  4 5  \r\n ! late comment\r");
-    std::string line;
-    ASSERT_TRUE(read_uncommented_line(in, line));
-    EXPECT_EQ(line, "4 5");
-    EXPECT_FALSE(read_uncommented_line(in, line));
-}
-
-TEST(ReadLine, KeepsBytesAndDropsTheLineEnd) {
-    std::istringstream in("a\tb\r\nc\xe9\nlast");
-    std::string line;
-    ASSERT_TRUE(read_line(in, line));
-    EXPECT_EQ(line, "a\tb");
-    ASSERT_TRUE(read_line(in, line));
-    EXPECT_EQ(line, "c\xe9");
-    ASSERT_TRUE(read_line(in, line));
-    EXPECT_EQ(line, "last");
-    EXPECT_FALSE(read_line(in, line));
+// The other readers: blank lines skipped (as read), comments and blank lines skipped (trimmed), and
+// every line with its bytes as they are.
+TEST(ReadLine, EachReaderKeepsItsOwnLines) {
+    EXPECT_EQ(lines_by(read_nonblank_line, "\r\n   \r\n  12 3 \r\n\t\n"), Lines{"  12 3 "});
+    EXPECT_EQ(lines_by(read_uncommented_line, "! header\r\n# note\r\n\r\n  4 5  \r\n ! late comment\r"), Lines{"4 5"});
+    EXPECT_EQ(lines_by(read_line, "a\tb\r\nc\xe9\nlast"), (Lines{"a\tb", "c\xe9", "last"}));
 }
 
 TEST(LineWriter, EndsEveryLineWithCrLfAndReplacesTheFile) {
