@@ -103,6 +103,23 @@ void write_small_survey_files(const fs::path& folder) {
     write_file_bytes(folder / "topo.csv", topography);
 }
 
+InversionMesh uniform_mesh(const std::array<int, 3>& counts, const std::array<double, 3>& widths,
+                           const std::array<double, 3>& origin) {
+    InversionMesh mesh;
+    mesh.nx = counts[0];
+    mesh.ny = counts[1];
+    mesh.nz = counts[2];
+    mesh.size_arrays();
+    mesh.dx.assign(mesh.nx, widths[0]);
+    mesh.dy.assign(mesh.ny, widths[1]);
+    mesh.dz.assign(mesh.nz, widths[2]);
+    mesh.x_nodes[1] = origin[0];
+    mesh.y_nodes[1] = origin[1];
+    mesh.z_nodes[1] = origin[2];
+    lay_nodes(mesh);
+    return mesh;
+}
+
 LoadedMesh coarse_mesh() {
     LoadedMesh mesh;
     mesh.loaded = true;

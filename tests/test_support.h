@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "form/inversion_definition.h"
+#include "mesh/inversion_mesh.h"
 #include "modelfiles/mesh_file_read.h"
 
 namespace invsetup {
@@ -96,6 +97,11 @@ inline InversionFields small_survey(const std::array<double, 3>& low, const std:
 /// a fifth farther from the middle of column (1, 1), and a flat topography at 50 m on points 20 m and
 /// 40 m apart that reach 10 m past the mesh.
 void write_small_survey_files(const std::filesystem::path& folder);
+
+/// A mesh of uniform cells: `counts` cells of `widths` along X, Y and Z from the first node at `origin`
+/// (X, Y and the top), its nodes and centres laid.
+InversionMesh uniform_mesh(const std::array<int, 3>& counts, const std::array<double, 3>& widths,
+                           const std::array<double, 3>& origin = {0, 0, 0});
 
 /// A coarse loaded mesh: 10 cells of 100 m in X and Y from 0, 10 cells of 50 m down from 0, no padding.
 LoadedMesh coarse_mesh();

@@ -47,13 +47,7 @@ TEST(TileBatchLines, InHouseTileWithTwoDataTypesAndTheCoarseForwardModel) {
     HeadlessDialogue dialogue;
     Session session{dialogue};
     // One 4 x 4 x 3 tile of 10 m cells (5 m deep, top at 0) taking the top 2 cells and a z blend of 1.
-    InversionMesh& mesh = session.mesh;
-    mesh.nx = mesh.ny = 4;
-    mesh.nz = 3;
-    mesh.size_arrays();
-    for (int i = 1; i <= 4; ++i) mesh.dx[i] = mesh.dy[i] = 10;
-    for (int k = 1; k <= 3; ++k) mesh.dz[k] = 5;
-    lay_nodes(mesh);
+    session.mesh = testing::uniform_mesh({4, 4, 3}, {10, 10, 5});
     session.tiles.tile_x_limits = Array2<int>(1, 4);
     session.tiles.tile_y_limits = Array2<int>(1, 4);
     const int limits[] = {1, 1, 5, 5};

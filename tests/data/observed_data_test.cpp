@@ -19,26 +19,13 @@ namespace {
 using testing::TempDir;
 using testing::write_file_bytes;
 
-void build_mesh(InversionMesh& mesh, double x0, double y0) {
-    mesh.nx = 10;
-    mesh.ny = 10;
-    mesh.nz = 2;
-    mesh.size_arrays();
-    for (int i = 1; i <= 10; ++i) mesh.dx[i] = mesh.dy[i] = 25;
-    mesh.dz[1] = mesh.dz[2] = 10;
-    mesh.x_nodes[1] = x0;
-    mesh.y_nodes[1] = y0;
-    mesh.z_nodes[1] = 50;
-    lay_nodes(mesh);
-}
-
 struct ProcessData : ::testing::Test {
     HeadlessDialogue dialogue;
     Session session{dialogue};
     TempDir dir;
 
     void SetUp() override {
-        build_mesh(session.mesh, 0, 0);
+        session.mesh = testing::uniform_mesh({10, 10, 2}, {25, 25, 10}, {0, 0, 50});
         InversionDefinition& d = session.definition;
         d.obs_data_file_type = 0;
         d.data_x_columns = {1, 0};
@@ -138,7 +125,7 @@ TEST_F(ProcessData, WithoutPaddingTheLastNodeIsOutAndTheFirstIsIn) {
 }
 
 TEST_F(ProcessData, LargeMapCoordinatesGetAToleranceOfAFullUnit) {
-    build_mesh(session.mesh, 2000000, 0);
+    session.mesh = testing::uniform_mesh({10, 10, 2}, {25, 25, 10}, {2000000, 0, 50});
     ASSERT_EQ(process("2000025.5,10,0,1\n"), 0);
     EXPECT_EQ(bins().bin_x(2, 1), 2000026.5);  // 0.5 from the node: moved by 1, not left alone
     EXPECT_EQ(bins().bin_y(2, 1), 10);

@@ -16,21 +16,6 @@ using namespace invsetup;
 using invsetup::testing::TempDir;
 using invsetup::testing::read_file_bytes;
 
-// Two by two columns of 10 m from (0, 0); three layers of 10 m from 100 down to 70.
-void small_mesh(InversionMesh& mesh) {
-    mesh.nx = 2;
-    mesh.ny = 2;
-    mesh.nz = 3;
-    mesh.size_arrays();
-    for (int i = 1; i <= 2; ++i) mesh.dx[i] = mesh.dy[i] = 10;
-    for (int k = 1; k <= 3; ++k) mesh.dz[k] = 10;
-    mesh.x_nodes[1] = 0;
-    mesh.y_nodes[1] = 0;
-    mesh.z_nodes[1] = 100;
-    lay_nodes(mesh);
-    mesh.cell_state.assign(2 * 2 * 3, 0.0f);
-}
-
 // Readings on the plane z = top - 0.1 x over the area the mesh and its margin cover.
 Array2<double> plane_points(double top, int count = 9) {
     Array2<double> locations(count, 3);
@@ -46,7 +31,7 @@ Array2<double> plane_points(double top, int count = 9) {
 class GridTopo : public ::testing::Test {
 protected:
     void SetUp() override {
-        small_mesh(session.mesh);
+        session.mesh = invsetup::testing::uniform_mesh({2, 2, 3}, {10, 10, 10}, {0, 0, 100});  // 100 down to 70
         session.definition.topo_shift_option = 0;
         session.definition.elevation_offsets[1] = 0;
     }

@@ -79,15 +79,7 @@ TEST_F(Interpolation, FillsColumnsFromTheirFirstCellAndCutsAtTheSurface) {
     model.values.at(1, 1, 1) = -1e32f;
     model.values.at(2, 2, 1) = model.values.at(2, 2, 2) = -1e32f;
     // The target: the same columns, four layers of 5 m.
-    InversionMesh target;
-    target.nx = target.ny = 2;
-    target.nz = 4;
-    target.size_arrays();
-    for (int i = 1; i <= 2; ++i) target.dx[i] = target.dy[i] = 10;
-    for (int k = 1; k <= 4; ++k) target.dz[k] = 5;
-    target.x_nodes[1] = target.y_nodes[1] = 0;
-    target.z_nodes[1] = 20;
-    lay_nodes(target);
+    const InversionMesh target = testing::uniform_mesh({2, 2, 4}, {10, 10, 5}, {0, 0, 20});
     // The surface lies at 12 over column (1, 2): the layers whose top is above it go.
     Array2<float> surface(2, 2, 20.0f);
     surface(1, 2) = 12;
@@ -190,17 +182,7 @@ TEST_F(TrapezoidInterpolation, MapPointsFindTheirCellAndSampleTheModel) {
 TEST_F(TrapezoidInterpolation, RefinedMeshInTheSourceFrameIsSampledThroughTheMap) {
     // Cells of 5 x 5 x 10 m over the same frame: each centre goes to the map through the source's
     // nodes and is found there again.
-    InversionMesh target;
-    target.nx = 6;
-    target.ny = 4;
-    target.nz = 2;
-    target.size_arrays();
-    for (int i = 1; i <= 6; ++i) target.dx[i] = 5;
-    for (int j = 1; j <= 4; ++j) target.dy[j] = 5;
-    for (int k = 1; k <= 2; ++k) target.dz[k] = 10;
-    target.x_nodes[1] = target.y_nodes[1] = 0;
-    target.z_nodes[1] = 20;
-    lay_nodes(target);
+    const InversionMesh target = testing::uniform_mesh({6, 4, 2}, {5, 5, 10}, {0, 0, 20});
     InterpolationTarget where;
     where.mesh = &target;
     ModelValues values;
