@@ -66,50 +66,40 @@ TEST_F(ReadGridHeader, GivenLimitsStayAndTheHeaderIsTheWindows) {
     EXPECT_EQ(session.grids.temporary_grid_name, window.name);
 }
 
-TEST_F(ReadGridHeader, UnknownFormatFailsToDetermine) {
-    write_file_bytes(dir.path() / "notes.grd", "nothing of a grid here\n");
-    double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
-    EXPECT_EQ(read(dir.path() / "notes.grd", x_min, x_max, y_min, y_max), -1);
-    EXPECT_EQ(dialogue.messages, std::vector<std::string>{"Failed to determine grid format"});
-    EXPECT_TRUE(window.empty());
-}
-
-TEST_F(ReadGridHeader, FlatOrMissingGridIsInvalid) {
-    // One column: x maximum equals x minimum.
-    write_file_bytes(dir.path() / "line.asc", "ncols 1\nnrows 3\nxllcorner 0\nyllcorner 0\ncellsize 10\n1\n2\n3\n");
-    double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
-    EXPECT_EQ(read(dir.path() / "line.asc", x_min, x_max, y_min, y_max), -1);
-    EXPECT_EQ(read(dir.path() / "absent.grd", x_min, x_max, y_min, y_max), -1);
-    EXPECT_EQ(dialogue.messages,
-              (std::vector<std::string>{"The specified grid is invalid", "The specified grid is invalid"}));
-}
-
 TEST_F(ReadGridHeader, DamagedGridsSayWhyTheyAreInvalid) {
-    // "%F" stands for the file's path. A header can claim more values than its file holds (and
-    // nothing is taken for them); GDAL's own words are shown when they explain the failure.
+    // "%F" stands for the file's path; a message ending in "..." gives the start of the one shown. A
+    // header can claim more values than its file holds (and nothing is taken for them); GDAL's own
+    // words are shown when they explain the failure. A file without text is not there at all.
     const char* const head = "ncols 3\nnrows 3\nxllcorner 0\nyllcorner 0\ncellsize 10\nNODATA_value -9999\n";
     const struct {
         std::string name;
         std::string text;
         std::string message;
     } cases[] = {
+        {"notes.grd", "nothing of a grid here\n", "Failed to determine grid format"},
+        // One column: x maximum equals x minimum.
+        {"line.asc", "ncols 1\nnrows 3\nxllcorner 0\nyllcorner 0\ncellsize 10\n1\n2\n3\n", "The specified grid is invalid"},
+        {"absent.grd", "", "The specified grid is invalid"},
         {"huge.asc", "ncols 100000\nnrows 100000\nxllcorner 0\nyllcorner 0\ncellsize 10\n1 2 3\n",
          "The specified grid is invalid: the grid file %F claims 100,000 x 100,000 values, but its 68 bytes can hold "
          "at most 34: its header is wrong, or the file is damaged"},
         {"huge.grd", "DSAA\n100000 100000\n0 10\n0 10\n0 1\n1 2 3\n",
-         "The specified grid is invalid: the grid file %F claims 100,000 x 100,000 values, but its 39 bytes"},
-        {"short.asc", std::string(head) + "1 2 3\n4 5\n", "The specified grid is invalid: %F, band 1: File short"},
+         "The specified grid is invalid: the grid file %F claims 100,000 x 100,000 values, but its 39 bytes can hold "
+         "at most 20: its header is wrong, or the file is damaged"},
+        {"short.asc", std::string(head) + "1 2 3\n4 5\n", "The specified grid is invalid: %F, band 1: File short..."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         dialogue.messages.clear();
-        write_file_bytes(dir.path() / c.name, c.text);
+        if (!c.text.empty()) write_file_bytes(dir.path() / c.name, c.text);
         std::string message = c.message;
-        message.replace(message.find("%F"), 2, (dir.path() / c.name).string());
+        if (const auto at = message.find("%F"); at != std::string::npos) message.replace(at, 2, (dir.path() / c.name).string());
+        const bool start_only = message.ends_with("...");
+        if (start_only) message.resize(message.size() - 3);
         double x_min = 0, x_max = 0, y_min = 0, y_max = 0;
         EXPECT_EQ(read(dir.path() / c.name, x_min, x_max, y_min, y_max), -1);
         ASSERT_EQ(dialogue.messages.size(), 1u);
-        EXPECT_EQ(dialogue.messages[0].substr(0, message.size()), message);
+        EXPECT_EQ(start_only ? dialogue.messages[0].substr(0, message.size()) : dialogue.messages[0], message);
         EXPECT_TRUE(window.empty());
     }
 }
