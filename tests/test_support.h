@@ -103,6 +103,12 @@ void write_small_survey_files(const std::filesystem::path& folder);
 InversionMesh uniform_mesh(const std::array<int, 3>& counts, const std::array<double, 3>& widths,
                            const std::array<double, 3>& origin = {0, 0, 0});
 
+/// The elements of a 1-based array in order, to compare the whole array at once.
+template <class T>
+std::vector<T> elements(const Array1<T>& array) {
+    return {array.data(), array.data() + array.size()};
+}
+
 /// A coarse loaded mesh: 10 cells of 100 m in X and Y from 0, 10 cells of 50 m down from 0, no padding.
 LoadedMesh coarse_mesh();
 

@@ -12,6 +12,7 @@
 namespace invsetup {
 namespace {
 
+using testing::elements;
 using testing::TempDir;
 using testing::write_file_bytes;
 
@@ -140,25 +141,13 @@ TEST_F(ReadLocations, LinesLabelsAndExtraValuesAreTabled) {
     ASSERT_EQ(load("1 0 0 1 L2 b 7.5\n2 0 0 1 L2 a 1\n3 0 0 1 L1\n4 0 0 1 L2 a 2\n"), 0);
     ASSERT_EQ(data.count, 4);
     ASSERT_EQ(data.line_count, 3);
-    EXPECT_EQ(data.line_names[1], "L2");
-    EXPECT_EQ(data.line_names[2], "L1");
-    EXPECT_EQ(data.line_names[3], "L2");
-    EXPECT_EQ(data.line_starts[1], 1);
-    EXPECT_EQ(data.line_starts[2], 3);
-    EXPECT_EQ(data.line_starts[3], 4);
-    EXPECT_EQ(data.line_starts[4], 5);
-    EXPECT_EQ(data.line_index[4], 3);
+    EXPECT_EQ(elements(data.line_names), (std::vector<std::string>{"L2", "L1", "L2"}));
+    EXPECT_EQ(elements(data.line_starts), (std::vector<int>{1, 3, 4, 5}));
+    EXPECT_EQ(elements(data.line_index), (std::vector<int>{1, 1, 2, 3}));
     // The short line has no label: "NA" sorts before "a" and "b".
-    ASSERT_EQ(data.label_names.size(), 3);
-    EXPECT_EQ(data.label_names[1], "NA");
-    EXPECT_EQ(data.label_names[2], "a");
-    EXPECT_EQ(data.label_names[3], "b");
-    EXPECT_EQ(data.label_index[1], 3);
-    EXPECT_EQ(data.label_index[2], 2);
-    EXPECT_EQ(data.label_index[3], 1);
-    EXPECT_EQ(data.label_index[4], 2);
-    EXPECT_EQ(data.extra_values[1], 7.5);
-    EXPECT_EQ(data.extra_values[3], 0);
+    EXPECT_EQ(elements(data.label_names), (std::vector<std::string>{"NA", "a", "b"}));
+    EXPECT_EQ(elements(data.label_index), (std::vector<int>{3, 2, 1, 2}));
+    EXPECT_EQ(elements(data.extra_values), (std::vector<double>{7.5, 1, 0, 2}));
 }
 
 TEST_F(ReadLocations, AnEmptyLineNameIsNA) {
