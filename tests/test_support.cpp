@@ -50,6 +50,12 @@ std::vector<std::string> lines_of(const fs::path& path) {
     return lines;
 }
 
+std::string file_text(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + "\r\n";
+    return text;
+}
+
 std::string output_of(const std::string& command) {
     std::string text;
     if (FILE* pipe = popen(command.c_str(), "r")) {

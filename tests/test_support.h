@@ -40,6 +40,8 @@ void write_file_bytes(const std::filesystem::path& path, const std::string& byte
 std::filesystem::path test_data(const std::string& relative);
 /// The lines of a text file, without their ends.
 std::vector<std::string> lines_of(const std::filesystem::path& path);
+/// The lines as the text of a file, each ended by CR LF.
+std::string file_text(const std::vector<std::string>& lines);
 /// What a shell command writes on its output.
 std::string output_of(const std::string& command);
 

@@ -14,13 +14,8 @@
 namespace invsetup {
 namespace {
 
+using testing::file_text;
 using testing::test_data;
-
-std::string file_text(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += line + "\r\n";
-    return text;
-}
 
 struct ReadSession {
     HeadlessDialogue dialogue;
@@ -146,12 +141,9 @@ TEST(LegacyParameterFile, NumbersTheirFieldCantHoldAreRefusedNamingTheLineAndThe
          "value line 13 (the version line not counted) holds 1e39, too large for a single real"},
         {20, "65.00 -12.00 -1e39", "value line 20 (the version line not counted) holds -1e39, too large for a single real"},
     };
-    const std::string original = testing::read_file_bytes(test_data("definition/legacy_v1.inp"));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        std::vector<std::string> lines;
-        std::istringstream in(original);
-        for (std::string line; std::getline(in, line);) lines.push_back(line.substr(0, line.find('\r')));
+        std::vector<std::string> lines = testing::lines_of(test_data("definition/legacy_v1.inp"));
         lines.at(c.line) = c.text;
         ReadSession s;
         s.session.working_directory = test_data("definition");

@@ -12,6 +12,7 @@
 namespace invsetup {
 namespace {
 
+using testing::file_text;
 using testing::TempDir;
 using testing::lines_of;
 using testing::read_file_bytes;
@@ -25,12 +26,6 @@ ParameterRecord read_text(const std::string& text, int group = 0, ParameterRecor
     read_inversion_parameters(record, version, file, group, line_count, status);
     EXPECT_EQ(status, 0);
     return record;
-}
-
-std::string file_text(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += line + "\r\n";
-    return text;
 }
 
 // The expected file is worked out from the layout of the file, not from the writer.
