@@ -193,7 +193,7 @@ TEST(RefinementRunInHouse, TileMeshesKeepTheDrapeOfTheLoadedMesh) {
     // The in-house example made coarse (its own run), then refined with topography: every mesh of the
     // refinement carries the loaded mesh's drape levels and the surface.
     TempDir dir;
-    const fs::path example = test_data("refine").parent_path().parent_path().parent_path() / "examples" / "zarninv";
+    const fs::path example = invsetup::testing::example_folder("zarninv");
     for (const char* name : {"inversion.inp", "mag_data.csv", "topo.xyz"}) fs::copy_file(example / name, dir.path() / name);
     ASSERT_EQ(run_cli("create " + quoted(dir.path() / "inversion.inp") + " " + quoted(dir.path() / "coarse") + " --quiet")
                   .exit_code,

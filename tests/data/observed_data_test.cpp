@@ -204,7 +204,9 @@ TEST_F(ProcessData, BinningWhileReadingFillsTheBinsOfTheListedWay) {
         d.topo_type = c.topo_type;
         d.integration_interval = c.integration_interval;
         d.elevation_offsets = {2, 0, 0};
-        if (c.topo_type == 0) ASSERT_EQ(grid_topo_from_points(session, 400, ground), 0);
+        if (c.topo_type == 0) {
+            ASSERT_EQ(grid_topo_from_points(session, 400, ground), 0);
+        }
 
         d.values_per_cell = 0;  // the listed way
         ASSERT_EQ(process(survey), 0);

@@ -117,14 +117,5 @@ TEST_F(FieldValidators, DataFileBoxShowsTheNameAndKeepsThePath) {
     EXPECT_EQ(definition.topo_type, 0);
 }
 
-TEST_F(FieldValidators, TransformButtonIsRedWhileATransformIsOn) {
-    definition.coordinate_transform.active = true;
-    show_coordinate_transform_state(session);
-    EXPECT_EQ(form.control("Command_define_coordinate_transform").back_colour, 0x0000FFu);
-    definition.coordinate_transform.active = false;
-    show_coordinate_transform_state(session);
-    EXPECT_EQ(form.control("Command_define_coordinate_transform").back_colour, colour_window);
-}
-
 }  // namespace
 }  // namespace invsetup
