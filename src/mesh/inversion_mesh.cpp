@@ -3,6 +3,8 @@
 
 #include <cmath>
 #include <exception>
+#include <optional>
+#include <utility>
 #include <stdexcept>
 #include <string>
 
@@ -278,6 +280,8 @@ int build_refined_mesh(Session& session, InversionMesh& mesh, const MeshSteps& s
 }  // namespace
 
 int build_inversion_mesh(Session& session, const MeshSteps& steps) {
+    // A refined mesh whose tiles can't be laid out gives way to the mesh held before it.
+    std::optional<InversionMesh> previous;
     try {
         InversionDefinition& definition = session.definition;
         MeshLimits limits = mesh_limits(definition);
@@ -298,7 +302,7 @@ int build_inversion_mesh(Session& session, const MeshSteps& steps) {
         }
 
         if (build_refined_mesh(session, mesh, steps) != 0) return -1;
-        session.mesh = std::move(mesh);
+        previous.emplace(std::exchange(session.mesh, std::move(mesh)));
         int x_cells_per_tile = 0;
         int y_cells_per_tile = 0;
         determine_number_of_tiles(session, x_cells_per_tile, y_cells_per_tile);
@@ -308,6 +312,7 @@ int build_inversion_mesh(Session& session, const MeshSteps& steps) {
                       session.tiles);
         return 0;
     } catch (const std::exception& fault) {
+        if (previous) session.mesh = std::move(*previous);
         session.dialogue.message_box("An error occurred while determining the inversion mesh: " + std::string(fault.what()));
         return -1;
     }

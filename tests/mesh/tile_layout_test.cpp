@@ -198,11 +198,12 @@ TEST_F(RefinedSession, TopOffTheLoadedTopIsRefusedWithTheNode) {
               "The top z limit of the refined volume has to be the same as the top node in the original model: 0.0");
 }
 
-TEST_F(RefinedSession, TileSizeOfTwiceTheOverlapEndsInTheTrap) {
+TEST_F(RefinedSession, TileSizeOfTwiceTheOverlapEndsInTheTrapAndKeepsThePreviousMesh) {
     session.definition.x_tile_size = 4;
     EXPECT_EQ(build_inversion_mesh(session), -1);
     ASSERT_EQ(dialogue.messages.size(), 1u);
     EXPECT_NE(dialogue.messages[0].find("An error occurred while determining the inversion mesh"), std::string::npos);
+    EXPECT_EQ(session.mesh.nx, 0);
 }
 
 TEST_F(RefinedSession, ExpandedMeshDropsCellsThatLeaveTheMesh) {
