@@ -438,7 +438,9 @@ private:
             sink_->take(record);
             return;
         }
-        if (count_ > capacity_) throw std::runtime_error("The file holds more readings than when it was counted: it changed while it was read.");
+        if (count_ > capacity_)
+            throw std::runtime_error(
+                "The file holds more readings than when it was counted: it changed while it was read.");
         const std::size_t n = static_cast<std::size_t>(count_ - 1);
         locations_[n * 3] = x;
         locations_[n * 3 + 1] = y;

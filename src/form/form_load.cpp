@@ -418,8 +418,7 @@ void load_mesh(Session& session) {
     }
     int x_cells_per_tile = 0, y_cells_per_tile = 0;
     determine_number_of_tiles(session, x_cells_per_tile, y_cells_per_tile);
-    form.set_text("Text_number_x_tiles", integer_text(definition.number_of_x_tiles));
-    form.set_text("Text_number_y_tiles", integer_text(definition.number_of_y_tiles));
+    display_tile_counts(session);
 }
 
 }  // namespace

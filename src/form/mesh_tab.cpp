@@ -262,8 +262,7 @@ int unload_mesh(Session& session, int row, int anchor) {
         int x_cells_per_tile = 0;
         int y_cells_per_tile = 0;
         determine_number_of_tiles(session, x_cells_per_tile, y_cells_per_tile);
-        form.set_text("Text_number_x_tiles", format_picture(definition.number_of_x_tiles, "0"));
-        form.set_text("Text_number_y_tiles", format_picture(definition.number_of_y_tiles, "0"));
+        display_tile_counts(session);
     }
 
     if (definition.add_mesh_padding == 1) display_total_mesh(session, limits);
@@ -299,6 +298,12 @@ void display_total_mesh(Session& session, const MeshLimits& limits) {
     }
 }
 
+void display_tile_counts(Session& session) {
+    FormUpdate guard(session.form);
+    session.form.set_text("Text_number_x_tiles", format_picture(session.definition.number_of_x_tiles, "0"));
+    session.form.set_text("Text_number_y_tiles", format_picture(session.definition.number_of_y_tiles, "0"));
+}
+
 int determine_inversion_mesh(Session& session) {
     MeshSteps steps;
     steps.refined_limits = [&session](const MeshLimits& limits) {
@@ -316,11 +321,7 @@ int determine_inversion_mesh(Session& session) {
         for (int row = 0; row <= 2; ++row)
             form.set_text("Text_max_val", row + 3, general_number_text(limits.max_val[row] - limits.min_val[row]));
     };
-    steps.tile_counts = [&session] {
-        FormUpdate guard(session.form);
-        session.form.set_text("Text_number_x_tiles", format_picture(session.definition.number_of_x_tiles, "0"));
-        session.form.set_text("Text_number_y_tiles", format_picture(session.definition.number_of_y_tiles, "0"));
-    };
+    steps.tile_counts = [&session] { display_tile_counts(session); };
     return build_inversion_mesh(session, steps);
 }
 

@@ -24,6 +24,9 @@ void display_total_mesh(Session& session, const MeshLimits& limits);
 /// min_val. Returns 0, or -1 after one message.
 int unload_mesh_from_form(Session& session, int row, int anchor);
 
+/// Writes the numbers of tiles of the definition into their boxes.
+void display_tile_counts(Session& session);
+
 /// Builds session.mesh (build_inversion_mesh); in refinement mode the tab shows the limits snapped
 /// to the loaded mesh, the cell counts and the numbers of tiles. Returns its status.
 int determine_inversion_mesh(Session& session);

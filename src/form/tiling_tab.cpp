@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "form/form_update.h"
 #include "form/mesh_tab.h"
 #include "session.h"
 #include "support/numbers.h"
@@ -26,10 +27,10 @@ void tiling_mouse_up(Session& session) {
     FormModel& form = session.form;
     form.set_caption("Check_do_tile", "Skip Tile X" + format_picture(view.chosen_tile_x, "00") + " Y" +
                                           format_picture(view.chosen_tile_y, "00"));
-    const bool updating = form.updating_form;
-    form.updating_form = true;
-    form.set_checked("Check_do_tile", session.tiles.tile_skip(view.chosen_tile_x, view.chosen_tile_y) == 1);
-    form.updating_form = updating;
+    {
+        FormUpdate guard(form);
+        form.set_checked("Check_do_tile", session.tiles.tile_skip(view.chosen_tile_x, view.chosen_tile_y) == 1);
+    }
     form.set_visible("Check_do_tile", true);
 }
 
@@ -50,10 +51,10 @@ bool switch_tile_off(Session& session, int i, int j) {
     view.hover_tile_x = i;
     view.hover_tile_y = j;
     tiling_mouse_up(session);
-    const bool updating = session.form.updating_form;
-    session.form.updating_form = true;
-    session.form.set_checked("Check_do_tile", true);
-    session.form.updating_form = updating;
+    {
+        FormUpdate guard(session.form);
+        session.form.set_checked("Check_do_tile", true);
+    }
     tiling_check_do_tile(session);
     view.tile_choice = choice;
     return true;

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <exception>
 #include <optional>
-#include <utility>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "grids/interval_search.h"
 #include "mesh/mesh_definition.h"
